@@ -1,0 +1,158 @@
+// ovimport: a headless host. It loads the importer plug-in the way the desktop host does, runs one
+// import into its scene and prints the log and the resulting scene.
+#include "PluginHost.h"
+#include "SceneDump.h"
+
+#include <OvApp.h>
+#include <OvScene.h>
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QTextStream>
+#include <cstdio>
+
+namespace {
+
+const char *const kUsage =
+    "usage: ovimport [options] FILE\n"
+    "\n"
+    "Imports FILE (a Poser file or a Wavefront OBJ) through the importer plug-in into an empty scene,\n"
+    "prints the import log to stderr and the resulting scene as a tree to stdout.\n"
+    "\n"
+    "options:\n"
+    "  --plugin PATH        importer plug-in to load (default: PoserImporters.so next to ovimport)\n"
+    "  --content DIR        add a Poser content folder (repeatable; searched in the order given)\n"
+    "  --option KEY=VALUE   override one of the importer's default options, e.g. Scale=100,\n"
+    "                       SwapYZ=true, IncludeG=false, IncludeVT, IncludeUsemtl, IncludeMtllib, Preset\n"
+    "  --json OUT           write the whole scene and the log as JSON to OUT ('-' for stdout,\n"
+    "                       which replaces the tree); format: docs/scene-json.md\n"
+    "  --no-mesh-data       leave vertex, UV, face and group lists out of the JSON (counts stay)\n"
+    "  --no-tree            do not print the tree\n"
+    "  --list-importers     list the plug-in's importers and exit\n"
+    "  --debug              also print the importers' debug traces\n"
+    "  --help               show this text\n"
+    "\n"
+    "exit status: 0 when the import succeeded, 1 when it failed, 2 on a usage or plug-in error.\n";
+
+bool g_debug = false;
+
+void messageHandler(QtMsgType type, const QMessageLogContext &, const QString &text) {
+    if (type == QtDebugMsg && !g_debug)
+        return;
+    const char *prefix = type == QtDebugMsg ? "debug" : type == QtInfoMsg ? "note" : "warning";
+    std::fprintf(stderr, "%s: %s\n", prefix, qPrintable(text));
+}
+
+int usageError(const QString &message) {
+    std::fprintf(stderr, "ovimport: %s\n(try ovimport --help)\n", qPrintable(message));
+    return 2;
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    // A headless host: no main window, so the importers never ask anything.
+    QCoreApplication app(argc, argv);
+    qInstallMessageHandler(messageHandler);
+
+    HostOptions opts;
+    opts.pluginPath = QCoreApplication::applicationDirPath() + QStringLiteral("/PoserImporters.so");
+    QString jsonOut, file;
+    bool tree = true, listOnly = false, meshData = true;
+    QStringList args = app.arguments();
+    for (int i = 1; i < args.size(); ++i) {
+        const QString &a = args[i];
+        auto next = [&](QString &into) {
+            if (i + 1 >= args.size())
+                return false;
+            into = args[++i];
+            return true;
+        };
+        QString v;
+        if (a == QLatin1String("--help") || a == QLatin1String("-h")) {
+            std::fputs(kUsage, stdout);
+            return 0;
+        } else if (a == QLatin1String("--plugin")) {
+            if (!next(opts.pluginPath))
+                return usageError(QStringLiteral("--plugin needs a path"));
+        } else if (a == QLatin1String("--content")) {
+            if (!next(v))
+                return usageError(QStringLiteral("--content needs a folder"));
+            opts.contentDirs.append(v);
+        } else if (a == QLatin1String("--option")) {
+            if (!next(v) || !v.contains(QLatin1Char('=')))
+                return usageError(QStringLiteral("--option needs KEY=VALUE"));
+            opts.options.append(v);
+        } else if (a == QLatin1String("--json")) {
+            if (!next(jsonOut))
+                return usageError(QStringLiteral("--json needs a file name or -"));
+        } else if (a == QLatin1String("--no-tree")) {
+            tree = false;
+        } else if (a == QLatin1String("--no-mesh-data")) {
+            meshData = false;
+        } else if (a == QLatin1String("--list-importers")) {
+            listOnly = true;
+        } else if (a == QLatin1String("--debug")) {
+            g_debug = true;
+        } else if (a.startsWith(QLatin1String("--"))) {
+            return usageError(QStringLiteral("unknown option %1").arg(a));
+        } else if (file.isEmpty()) {
+            file = a;
+        } else {
+            return usageError(QStringLiteral("only one file can be imported at a time"));
+        }
+    }
+
+    PluginHost host;
+    QString error;
+    if (!host.load(opts.pluginPath, &error)) {
+        std::fprintf(stderr, "ovimport: %s\n", qPrintable(error));
+        return 2;
+    }
+    if (listOnly) {
+        QTextStream out(stdout);
+        host.listImporters(out);
+        return 0;
+    }
+    if (file.isEmpty())
+        return usageError(QStringLiteral("no file to import"));
+
+    ImportOutcome outcome = host.import(file, opts);
+    for (const OvApp::LogEntry &e : OvApp::log())
+        std::fprintf(stderr, "%s: %s\n", e.level == OvApp::LogError ? "error" : "info", qPrintable(e.text));
+    if (!outcome.ran) {
+        std::fprintf(stderr, "ovimport: %s\n", qPrintable(outcome.message));
+        return outcome.usageProblem ? 2 : 1;
+    }
+
+    OvScene *scene = OvApp::getScene();
+    if (!jsonOut.isEmpty()) {
+        ImportReport report;
+        report.result = outcome.result;
+        report.includeMeshData = meshData;
+        if (jsonOut == QLatin1String("-")) {
+            QTextStream out(stdout);
+            writeSceneJson(out, *scene, report);
+            tree = false;
+        } else {
+            QFile f(jsonOut);
+            if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+                std::fprintf(stderr, "ovimport: cannot write %s: %s\n", qPrintable(jsonOut),
+                             qPrintable(f.errorString()));
+                return 2;
+            }
+            QTextStream out(&f);
+            writeSceneJson(out, *scene, report);
+        }
+    }
+    if (tree) {
+        QTextStream out(stdout);
+        writeSceneTree(out, *scene);
+    }
+    if (outcome.result != 0) {
+        std::fprintf(stderr, "ovimport: importing %s failed: %s\n", qPrintable(file),
+                     qPrintable(describeResult(outcome.result)));
+        return 1;
+    }
+    return 0;
+}

@@ -1,0 +1,88 @@
+#include "OvObjImporter.h"
+#include "OvObjImportFrame.h"
+
+#include <OvApp.h>
+#include <OvShape.h>
+#include <OvTextInputFile.h>
+#include <QDir>
+
+namespace {
+const float kDefaultScale = 243.84f;
+}
+
+OvObjImporter::OvObjImporter() = default;
+
+OvFileIOFrame *OvObjImporter::getOptionsFrame() {
+    auto *frame = new (std::nothrow) OvObjImportFrame;
+    if (!frame)
+        throw QString("Out of Memory");
+    return frame;
+}
+
+void OvObjImporter::getDefaultOptions(OvFileIOSettings *settings) {
+    if (!settings)
+        return;
+    settings->setStringValue(QStringLiteral("Preset"), QStringLiteral("Talven (1 unit = 8ft)"));
+    settings->setFloatValue(QStringLiteral("Scale"), kDefaultScale);
+    settings->setBoolValue(QStringLiteral("SwapYZ"), false);
+    settings->setBoolValue(QStringLiteral("IncludeG"), true);
+    settings->setBoolValue(QStringLiteral("IncludeVT"), true);
+    settings->setBoolValue(QStringLiteral("IncludeUsemtl"), true);
+    settings->setBoolValue(QStringLiteral("IncludeMtllib"), true);
+}
+
+void OvObjImporter::loadSettings(const OvFileIOSettings &settings) {
+    m_scale = settings.getFloatValue(QStringLiteral("Scale"), kDefaultScale);
+    m_swapYZ = settings.getBoolValue(QStringLiteral("SwapYZ"), false);
+    m_includeG = settings.getBoolValue(QStringLiteral("IncludeG"), true);
+    m_includeVT = settings.getBoolValue(QStringLiteral("IncludeVT"), true);
+    m_includeUsemtl = settings.getBoolValue(QStringLiteral("IncludeUsemtl"), true);
+    m_includeMtllib = settings.getBoolValue(QStringLiteral("IncludeMtllib"), true);
+}
+
+bool OvObjImporter::recognize(const QString &fileName) {
+    QString ext = OvFileIO::getFileExtension(fileName);
+    return ext == QLatin1String("obj") || ext == QLatin1String("obz");
+}
+
+QString OvObjImporter::getExtension(int i) {
+    if (i == 0)
+        return QStringLiteral("obj");
+    if (i == 1)
+        return QStringLiteral("obz");
+    return QString();
+}
+
+void OvObjImporter::reportObjError(const QString &message, int line) {
+    if (line == -1)
+        OvFileIO::error(message);
+    else
+        OvFileIO::error(message + QLatin1String(" on line ") + QString::number(line) +
+                        QLatin1String(" in OvObjImporter"));
+}
+
+unsigned int OvObjImporter::readShape(const QString &fileName, OvShape **shape, const OvFileIOSettings &settings) {
+    bool compressed = OvFileIO::getFileExtension(fileName).toLower() == QLatin1String("obz");
+    OvTextInputFile file(fileName, compressed, true);
+    m_mtlLib.clear();
+    if (!file.open())
+        return ResultCannotOpen;
+    int lineNumber = 0;
+    unsigned int result = readObj(file, shape, lineNumber, settings);
+    if (shape && *shape)
+        (*shape)->setName(OvFileIO::getBaseFileName(fileName));
+    if (file.hasError())
+        reportObjError(tr("Could not read all of %1: %2").arg(fileName, file.errorString()), -1);
+    file.close();
+
+    if (!m_mtlLib.isEmpty() && shape && *shape) {
+        QDir dir(OvFileIO::getFilePath(fileName));
+        if (dir.exists(m_mtlLib)) {
+            m_mtlLib = dir.absoluteFilePath(m_mtlLib);
+            result = readMtl(*shape, m_mtlLib);
+        } else {
+            qWarning("%s", qPrintable(QStringLiteral("Could not find material file : %1").arg(m_mtlLib)));
+        }
+    }
+    return result;
+}

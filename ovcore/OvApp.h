@@ -1,0 +1,76 @@
+#pragma once
+// Application services of the host: status line, progress, log, content folders, images, help,
+// the main window (null in a headless host) and the scene.
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+class OvContentMgr;
+class OvHelpMgr;
+class OvImageMgr;
+class OvMainWindow;
+class OvScene;
+class QWidget;
+
+class OvApp {
+public:
+    enum LogLevel { LogError, LogInfo };
+    struct LogEntry {
+        LogLevel level;
+        QString text;
+    };
+
+    static void statusLine(const QString &text, bool update = true);
+    static QString currentStatus();
+
+    static void pauseProgress();
+    static void resumeProgress();
+    static bool isProgressPaused();
+
+    static void addLog(LogLevel level, const QString &text);
+    static const QList<LogEntry> &log();
+    static void clearLog();
+
+    static OvContentMgr *getContentMgr();
+    static OvImageMgr *getImageMgr();
+    static OvHelpMgr *getHelpMgr();
+    static OvScene *getScene();
+
+    // The main window; questions to the user are only asked when there is one.
+    static OvMainWindow *getInterface();
+    static void setInterface(OvMainWindow *window);
+
+    // Back to a fresh application state: empty log, scene, content folders and image cache.
+    static void reset();
+};
+
+class OvContentDropOptions;
+
+// The host's list of Poser content folders, in search order.
+class OvContentMgr {
+public:
+    int getNumPoserDirectories() const { return int(m_poserDirs.size()); }
+    QString getPoserDirectoryPath(int i) const { return m_poserDirs.value(i); }
+    void addPoserDirectory(const QString &path) { m_poserDirs.append(path); }
+    void setPoserDirectories(const QStringList &dirs) { m_poserDirs = dirs; }
+    QStringList poserDirectories() const { return m_poserDirs; }
+    // Drop options of a drag-and-drop import; null for an ordinary import.
+    OvContentDropOptions *getContentDropOptions() const { return m_dropOptions; }
+    void setContentDropOptions(OvContentDropOptions *options) { m_dropOptions = options; }
+
+private:
+    QStringList m_poserDirs;
+    OvContentDropOptions *m_dropOptions = nullptr;
+};
+
+// Finds online help for a widget by its object name; keeps the names it was given.
+class OvHelpMgr {
+public:
+    void setOnlineHelp(QWidget *widget);
+    const QStringList &registeredNames() const { return m_names; }
+    void clear() { m_names.clear(); }
+
+private:
+    QStringList m_names;
+};

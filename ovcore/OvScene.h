@@ -1,0 +1,40 @@
+#pragma once
+// The host scene: top-level nodes (owned), time and ranges.
+
+#include "OvMath.h"
+#include <vector>
+
+class OvNode;
+
+class OvScene {
+public:
+    static constexpr int TimeUnitsPerSecond = 4800;
+
+    OvScene() = default;
+    ~OvScene();
+    OvScene(const OvScene &) = delete;
+    OvScene &operator=(const OvScene &) = delete;
+
+    // Takes ownership of a top-level node.
+    void addNode(OvNode *node);
+    // Gives up ownership of a top-level node.
+    bool removeNode(OvNode *node);
+    int getNumNodes() const { return int(m_nodes.size()); }
+    OvNode *getNode(int i) const { return m_nodes[size_t(i)]; }
+
+    int getTime() const { return m_time; }
+    void setTime(int t) { m_time = t; }
+    int getTimeStep() const { return m_timeStep; }
+    void setTimeStep(int step) { m_timeStep = step > 0 ? step : 1; }
+    const OvTimeRange &getAnimRange() const { return m_animRange; }
+    void setAnimRange(const OvTimeRange &r) { m_animRange = r; }
+    const OvTimeRange &getPlayRange() const { return m_playRange; }
+    void setPlayRange(const OvTimeRange &r) { m_playRange = r; }
+
+private:
+    std::vector<OvNode *> m_nodes;
+    int m_time = 0;
+    int m_timeStep = TimeUnitsPerSecond / 30;
+    OvTimeRange m_animRange{0, 30 * (TimeUnitsPerSecond / 30)};
+    OvTimeRange m_playRange{0, 30 * (TimeUnitsPerSecond / 30)};
+};

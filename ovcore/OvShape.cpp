@@ -1,0 +1,25 @@
+#include "OvShape.h"
+
+int OvShape::addMaterial(OvMaterial *material) {
+    m_materials.emplace_back(material);
+    return int(m_materials.size()) - 1;
+}
+
+int OvShape::findMaterialIndex(const QString &name) const {
+    for (size_t i = 0; i < m_materials.size(); ++i)
+        if (m_materials[i]->getName() == name)
+            return int(i);
+    return -1;
+}
+
+int OvShape::findMaterialIndex(const OvMaterial *material) const {
+    for (size_t i = 0; i < m_materials.size(); ++i)
+        if (m_materials[i].get() == material)
+            return int(i);
+    return -1;
+}
+
+OvMaterial *OvShape::findMaterial(const QString &name) const {
+    int i = findMaterialIndex(name);
+    return i < 0 ? nullptr : m_materials[size_t(i)].get();
+}

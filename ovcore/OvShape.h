@@ -1,0 +1,42 @@
+#pragma once
+// Shapes: a piece of geometry with the materials its faces refer to by index.
+
+#include "OvMaterial.h"
+#include "OvPolyMesh.h"
+#include <QString>
+#include <vector>
+
+class OvShape {
+public:
+    virtual ~OvShape() = default;
+    virtual const char *className() const { return "OvShape"; }
+
+    const QString &getName() const { return m_name; }
+    void setName(const QString &name) { m_name = name; }
+    const QString &getLabel() const { return m_label; }
+    void setLabel(const QString &label) { m_label = label; }
+
+    OvGeometry *getGeometry() const { return m_geometry.get(); }
+    void setGeometry(OvGeometry *geometry) { m_geometry = geometry; }
+
+    int getNumMaterials() const { return int(m_materials.size()); }
+    OvMaterial *getMaterial(int i) const { return m_materials[size_t(i)].get(); }
+    // Adds (and shares) a material; returns its index.
+    int addMaterial(OvMaterial *material);
+    int findMaterialIndex(const QString &name) const;
+    int findMaterialIndex(const OvMaterial *material) const;
+    OvMaterial *findMaterial(const QString &name) const;
+
+private:
+    QString m_name;
+    QString m_label;
+    OvTSharedPointer<OvGeometry> m_geometry;
+    std::vector<OvTSharedPointer<OvMaterial>> m_materials;
+};
+
+class OvPolyShape : public OvShape {
+public:
+    const char *className() const override { return "OvPolyShape"; }
+    OvPolyMesh *getPolyMesh() const { return dynamic_cast<OvPolyMesh *>(getGeometry()); }
+    void setPolyMesh(OvPolyMesh *mesh) { setGeometry(mesh); }
+};

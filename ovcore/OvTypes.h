@@ -1,0 +1,200 @@
+#pragma once
+// Containers of the host SDK: a growable array, a stack, an intrusive shared pointer and the
+// reference-counted base it needs, plus a realloc-backed array for bulk plain data (mesh arrays),
+// whose growth costs no copy on large blocks.
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+class OvRefCountedItem {
+public:
+    OvRefCountedItem() = default;
+    OvRefCountedItem(const OvRefCountedItem &) : m_refCount(0) {}
+    OvRefCountedItem &operator=(const OvRefCountedItem &) { return *this; }
+    virtual ~OvRefCountedItem() = default;
+
+    void ref() const { ++m_refCount; }
+    void unref() const {
+        if (--m_refCount == 0)
+            delete this;
+    }
+    int refCount() const { return m_refCount; }
+
+private:
+    mutable int m_refCount = 0;
+};
+
+template <class T> class OvTSharedPointer {
+public:
+    OvTSharedPointer() = default;
+    OvTSharedPointer(T *p) : m_p(p) {
+        if (m_p)
+            m_p->ref();
+    }
+    OvTSharedPointer(const OvTSharedPointer &o) : OvTSharedPointer(o.m_p) {}
+    OvTSharedPointer(OvTSharedPointer &&o) noexcept : m_p(o.m_p) { o.m_p = nullptr; }
+    template <class U> OvTSharedPointer(const OvTSharedPointer<U> &o) : OvTSharedPointer(o.get()) {}
+    ~OvTSharedPointer() {
+        if (m_p)
+            m_p->unref();
+    }
+    OvTSharedPointer &operator=(OvTSharedPointer o) {
+        std::swap(m_p, o.m_p);
+        return *this;
+    }
+    T *get() const { return m_p; }
+    T *operator->() const { return m_p; }
+    T &operator*() const { return *m_p; }
+    explicit operator bool() const { return m_p != nullptr; }
+    bool operator==(const OvTSharedPointer &o) const { return m_p == o.m_p; }
+    bool operator!=(const OvTSharedPointer &o) const { return m_p != o.m_p; }
+
+private:
+    T *m_p = nullptr;
+};
+
+// Growable array with the host's grow step: capacity grows by at least `growStep` entries.
+template <class T> class OvTArray {
+public:
+    explicit OvTArray(int growStep = 8) : m_growStep(growStep > 0 ? growStep : 8) {}
+    int getNumItems() const { return int(m_items.size()); }
+    int size() const { return int(m_items.size()); }
+    bool isEmpty() const { return m_items.empty(); }
+    void append(const T &v) {
+        if (m_items.size() == m_items.capacity())
+            m_items.reserve(m_items.capacity() + std::max<size_t>(m_growStep, m_items.capacity() / 2));
+        m_items.push_back(v);
+    }
+    void removeLast() { m_items.pop_back(); }
+    void removeAt(int i) { m_items.erase(m_items.begin() + i); }
+    void clear() { m_items.clear(); }
+    T &operator[](int i) { return m_items[size_t(i)]; }
+    const T &operator[](int i) const { return m_items[size_t(i)]; }
+    T &last() { return m_items.back(); }
+    const T &last() const { return m_items.back(); }
+    typename std::vector<T>::iterator begin() { return m_items.begin(); }
+    typename std::vector<T>::iterator end() { return m_items.end(); }
+    typename std::vector<T>::const_iterator begin() const { return m_items.begin(); }
+    typename std::vector<T>::const_iterator end() const { return m_items.end(); }
+
+private:
+    std::vector<T> m_items;
+    size_t m_growStep;
+};
+
+template <class T> class OvTStack {
+public:
+    explicit OvTStack(int capacity = 32) { m_items.reserve(size_t(capacity > 0 ? capacity : 1)); }
+    void push(const T &v) { m_items.push_back(v); }
+    T pop() {
+        T v = m_items.back();
+        m_items.pop_back();
+        return v;
+    }
+    const T &top() const { return m_items.back(); }
+    bool isEmpty() const { return m_items.empty(); }
+    int count() const { return int(m_items.size()); }
+    void clear() { m_items.clear(); }
+    const T &operator[](int i) const { return m_items[size_t(i)]; }
+
+private:
+    std::vector<T> m_items;
+};
+
+// Array of trivially copyable values grown with realloc: glibc moves large blocks with mremap, so
+// growing a mesh array does not hold the old and the new block at once.
+template <class T> class OvPodArray {
+    static_assert(std::is_trivially_copyable<T>::value, "OvPodArray holds plain data only");
+
+public:
+    OvPodArray() = default;
+    OvPodArray(const OvPodArray &o) { assign(o.m_data, o.m_size); }
+    OvPodArray(OvPodArray &&o) noexcept : m_data(o.m_data), m_size(o.m_size), m_cap(o.m_cap) {
+        o.m_data = nullptr;
+        o.m_size = o.m_cap = 0;
+    }
+    OvPodArray &operator=(OvPodArray o) {
+        swap(o);
+        return *this;
+    }
+    ~OvPodArray() { std::free(m_data); }
+
+    void swap(OvPodArray &o) noexcept {
+        std::swap(m_data, o.m_data);
+        std::swap(m_size, o.m_size);
+        std::swap(m_cap, o.m_cap);
+    }
+    size_t size() const { return m_size; }
+    size_t capacity() const { return m_cap; }
+    bool empty() const { return m_size == 0; }
+    T *data() { return m_data; }
+    const T *data() const { return m_data; }
+    T &operator[](size_t i) { return m_data[i]; }
+    const T &operator[](size_t i) const { return m_data[i]; }
+    const T *begin() const { return m_data; }
+    const T *end() const { return m_data + m_size; }
+
+    void push_back(const T &v) {
+        if (m_size == m_cap)
+            grow(m_size + 1);
+        m_data[m_size++] = v;
+    }
+    void reserve(size_t n) {
+        if (n > m_cap)
+            reallocTo(n);
+    }
+    void resize(size_t n) {
+        if (n > m_cap)
+            grow(n);
+        m_size = n;
+    }
+    void truncate(size_t n) {
+        if (n < m_size)
+            m_size = n;
+    }
+    void clear() { m_size = 0; }
+    void shrinkToFit() {
+        if (m_cap > m_size)
+            reallocTo(m_size);
+    }
+    void assign(const T *src, size_t n) {
+        resize(n);
+        if (n)
+            std::memcpy(m_data, src, n * sizeof(T));
+    }
+    void append(const T *src, size_t n) {
+        size_t old = m_size;
+        resize(old + n);
+        if (n)
+            std::memcpy(m_data + old, src, n * sizeof(T));
+    }
+    size_t bytes() const { return m_cap * sizeof(T); }
+
+private:
+    void grow(size_t need) {
+        size_t cap = m_cap < 16 ? 16 : m_cap + m_cap / 2;
+        reallocTo(cap < need ? need : cap);
+    }
+    void reallocTo(size_t cap) {
+        if (cap == 0) {
+            std::free(m_data);
+            m_data = nullptr;
+            m_cap = 0;
+            return;
+        }
+        void *p = std::realloc(m_data, cap * sizeof(T));
+        if (!p)
+            throw std::bad_alloc();
+        m_data = static_cast<T *>(p);
+        m_cap = cap;
+    }
+
+    T *m_data = nullptr;
+    size_t m_size = 0;
+    size_t m_cap = 0;
+};

@@ -1,0 +1,7 @@
+#!/usr/bin/env bash
+# Builds (installing what is missing) and imports the bundled examples through the headless host.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/setup.sh build
+echo "== examples/obj/table.obj"
+build/bin/ovimport examples/obj/table.obj
