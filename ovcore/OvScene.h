@@ -2,6 +2,7 @@
 // The host scene: top-level nodes (owned), time and ranges.
 
 #include "OvMath.h"
+#include <QStringList>
 #include <vector>
 
 class OvNode;
@@ -22,6 +23,16 @@ public:
     int getNumNodes() const { return int(m_nodes.size()); }
     OvNode *getNode(int i) const { return m_nodes[size_t(i)]; }
 
+    // Deletes every light (cameras: every camera) in the scene, wherever it hangs; returns how many.
+    int removeAllLights();
+    int removeAllCameras();
+    // Deletes the nodes that inherit `className`, with their children.
+    int removeNodesOfClass(const char *className);
+
+    // Undo steps made so far, by caption.
+    const QStringList &undoSteps() const { return m_undoSteps; }
+    void addUndoStep(const QString &caption) { m_undoSteps.append(caption); }
+
     int getTime() const { return m_time; }
     void setTime(int t) { m_time = t; }
     int getTimeStep() const { return m_timeStep; }
@@ -33,6 +44,7 @@ public:
 
 private:
     std::vector<OvNode *> m_nodes;
+    QStringList m_undoSteps;
     int m_time = 0;
     int m_timeStep = TimeUnitsPerSecond / 30;
     OvTimeRange m_animRange{0, 30 * (TimeUnitsPerSecond / 30)};

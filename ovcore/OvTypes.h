@@ -58,32 +58,33 @@ private:
     T *m_p = nullptr;
 };
 
-// Growable array with the host's grow step: capacity grows by at least `growStep` entries.
+// Growable array with the host's grow step: capacity grows by at least `growStep` entries. Items
+// are kept in slots so that OvTArray<bool> hands out real references.
 template <class T> class OvTArray {
+    struct Slot {
+        T value;
+    };
+
 public:
-    explicit OvTArray(int growStep = 8) : m_growStep(growStep > 0 ? growStep : 8) {}
+    explicit OvTArray(int growStep = 8) : m_growStep(size_t(growStep > 0 ? growStep : 8)) {}
     int getNumItems() const { return int(m_items.size()); }
     int size() const { return int(m_items.size()); }
     bool isEmpty() const { return m_items.empty(); }
     void append(const T &v) {
         if (m_items.size() == m_items.capacity())
             m_items.reserve(m_items.capacity() + std::max<size_t>(m_growStep, m_items.capacity() / 2));
-        m_items.push_back(v);
+        m_items.push_back(Slot{v});
     }
     void removeLast() { m_items.pop_back(); }
     void removeAt(int i) { m_items.erase(m_items.begin() + i); }
     void clear() { m_items.clear(); }
-    T &operator[](int i) { return m_items[size_t(i)]; }
-    const T &operator[](int i) const { return m_items[size_t(i)]; }
-    T &last() { return m_items.back(); }
-    const T &last() const { return m_items.back(); }
-    typename std::vector<T>::iterator begin() { return m_items.begin(); }
-    typename std::vector<T>::iterator end() { return m_items.end(); }
-    typename std::vector<T>::const_iterator begin() const { return m_items.begin(); }
-    typename std::vector<T>::const_iterator end() const { return m_items.end(); }
+    T &operator[](int i) { return m_items[size_t(i)].value; }
+    const T &operator[](int i) const { return m_items[size_t(i)].value; }
+    T &last() { return m_items.back().value; }
+    const T &last() const { return m_items.back().value; }
 
 private:
-    std::vector<T> m_items;
+    std::vector<Slot> m_items;
     size_t m_growStep;
 };
 

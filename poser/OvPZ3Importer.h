@@ -1,8 +1,26 @@
 #pragma once
-#include <OvImporter.h>
+// The importer of every Poser-format file: scenes, figures, props, hair, poses, light and camera
+// sets, plain or compressed. Its fields are the shared state of all section handlers.
 
-// Importer of every Poser-format file: scenes, figures, props, hair, poses, light and camera sets,
-// plain or compressed.
+#include "LocatedDirList.h"
+#include <OvImporter.h>
+#include <OvTypes.h>
+#include <QList>
+#include <memory>
+
+struct Pz3InputFile;
+class OvNode;
+class OvProperty;
+class OvMaterial;
+class OvLight;
+class OvBasicCamera;
+
+// A node to turn into a subdivision surface once the import is complete.
+struct OvPz3SubDNode {
+    OvNode *node = nullptr;
+    int level = 0;
+};
+
 class OvPZ3Importer : public OvImporter {
     Q_OBJECT
 public:
@@ -11,6 +29,33 @@ public:
 
     static constexpr int NumExtensions = 18;
     static const char *const Extensions[NumExtensions];
+
+    // The section the parser is in.
+    enum ParseMode : int {
+        ModeFile = 0,
+        ModeFigure = 1,
+        ModeObject = 2,
+        ModeChannels = 3,
+        ModeChannel = 4,
+        ModeKeys = 5,
+        ModeMaterial = 6,
+        ModeMovieInfo = 7,
+        ModeDoc = 8,
+        ModeVersion = 9,
+        ModeIgnore = 10,
+        ModeTargetGeom = 11,
+        ModeDeltas = 12,
+        ModeJointParm = 13,
+        ModeAltGeom = 14,
+        ModeInkyChain = 15,
+        ModeParmChannel = 16,
+        ModeGroups = 17,
+        ModeGroupNode = 18,
+        ModeCount
+    };
+
+    // Nested includes deeper than this are refused (each open file holds a read buffer).
+    static constexpr int MaxIncludeDepth = 32;
 
     OvFileIOFrame *getOptionsFrame() override { return nullptr; }
     void getDefaultOptions(OvFileIOSettings *) override {}
@@ -25,9 +70,97 @@ public:
     // Compressed forms have 'z' as the third character of their extension.
     static bool isCompressedExtension(const QString &extension);
 
+    // ---- tokens and diagnostics ----
+    bool nextLine(char **argv, int &argc);
+    // The rest of the line from token `first`, or the stock string a GetStringRes token names.
+    QString tokenText(char **argv, int first, int argc) const;
+    QString getStringRes(int tableId, int index) const;
+    // Errors are malformed content, infos are warnings; both name the line and the file.
+    void reportError(const QString &message);
+    void reportInfo(const QString &message);
+
+    // ---- content file location ----
+    bool findContentFile(const QString &name, QString &foundPath, bool askUser);
+    bool locateFile(const QString &name, QString &foundPath, bool isImage);
+    bool readScript(const QString &name);
+
+    // ---- state that tests and later sections look at ----
+    int fileType() const { return m_fileType; }
+    float version() const { return m_version; }
+    ParseMode parseMode() const { return m_parseMode; }
+    const OvTArray<ParseMode> &modeStack() const { return m_modeStack; }
+    const LocatedDirList &locatedDirs() const { return *m_locatedDirs; }
+    bool askForFiles() const { return m_askForFiles; }
+    bool applyToSelection() const { return m_applyToSelection; }
+    int startFrame() const { return m_startFrame; }
+
 public slots:
     unsigned int read(const QString &fileName, const OvFileIOSettings &options) override;
 
-private:
+protected:
+    using ModeHandler = bool (OvPZ3Importer::*)(char **argv, int argc);
+    static const ModeHandler s_modeHandlers[ModeCount];
+
+    // ---- read driver ----
+    void resetForRead();
+    bool preparePoseTarget(unsigned int &result);
+    bool runLineLoop(char **argv);
+    bool handleLine(char **argv, int argc);
+    void openSection();
+    void closeSection();
+    void closeSectionStep();
+    bool atEndOfInput();
+    void closeCurrentFile();
+    void finishImport();
+    void askToAddFrames();
+    void applySmartParents();
+    void convertSubDivisions();
+    void recordSourceFiles(const QString &fileName);
+    bool isOpenFile(const QString &canonicalPath) const;
+
+    // ---- section handlers (argv[0] is the keyword; false stops the import) ----
+    bool parseFileLine(char **argv, int argc);
+    bool parseVersionLine(char **argv, int argc);
+
+    // ---- content location helpers ----
+    void learnLocation(const QString &name, const QString &selected);
+
     int m_fileType = 9;
+    OvTArray<OvPz3SubDNode> m_subDNodes{8};
+    std::unique_ptr<LocatedDirList> m_locatedDirs;
+    bool m_askForFiles = true;
+    QString m_filePath;
+    QList<OvLight *> m_lights;
+    QList<OvBasicCamera *> m_cameras;
+
+    Pz3InputFile *m_file = nullptr;
+    OvTStack<Pz3InputFile *> m_fileStack{32};
+    ParseMode m_parseMode = ModeFile;
+    OvTArray<ParseMode> m_modeStack{8};
+
+    OvNode *m_curFigure = nullptr;
+    OvNode *m_curNode = nullptr;
+    OvProperty *m_curProperty = nullptr;
+    OvMaterial *m_material = nullptr;
+    int m_curChannelType = 0;
+    QString m_figureResName;
+    int m_figureVertexCount = 0;
+    int m_colorComponent = 0;
+    bool m_isColorChannel = false;
+    int m_limitsAnswer = 0;
+    bool m_foundOnFollowTarget = false;
+    bool m_jointParmsSeen = false;
+    int m_movieCurrentTime = -1;
+    int m_movieLoopStart = -1;
+    int m_movieLoopEnd = -1;
+    QString m_fileName;
+    QString m_figureBaseName;
+    bool m_ignoreKeys = false;
+    int m_startFrame = 0;
+    int m_lastFrame = 0;
+    bool m_applyToSelection = false;
+    int m_handSide = 2;
+    int m_fileHandSide = 0;
+    float m_version = 4.0f;
+    bool m_keyPending = false;
 };

@@ -1,0 +1,199 @@
+// The line loop: sections open and close on '{' and '}' lines, every other line goes to the
+// handler of the current parse mode.
+#include "OvPZ3Importer.h"
+#include "Pz3InputFile.h"
+
+#include <OvMaterial.h>
+#include <QtDebug>
+#include <cstring>
+#include <new>
+
+// One handler per parse mode, in mode order. A null entry skips the lines of that section: its
+// reader is not part of this build yet, or (ModeIgnore) the section is skipped on purpose.
+const OvPZ3Importer::ModeHandler OvPZ3Importer::s_modeHandlers[ModeCount] = {
+    &OvPZ3Importer::parseFileLine,    // ModeFile         top-level sections
+    nullptr,                          // ModeFigure       figure section
+    nullptr,                          // ModeObject       actor, prop, light, camera sections
+    nullptr,                          // ModeChannels     channels section
+    nullptr,                          // ModeChannel      body of a channel
+    nullptr,                          // ModeKeys         animation keys
+    nullptr,                          // ModeMaterial     material section
+    nullptr,                          // ModeMovieInfo    movieInfo section
+    nullptr,                          // ModeDoc          doc section
+    &OvPZ3Importer::parseVersionLine, // ModeVersion      version section
+    nullptr,                          // ModeIgnore       skipped
+    nullptr,                          // ModeTargetGeom   morph target body
+    nullptr,                          // ModeDeltas       morph deltas
+    nullptr,                          // ModeJointParm    joint-parameter body
+    nullptr,                          // ModeAltGeom      alternate geometry
+    nullptr,                          // ModeInkyChain    IK chain
+    nullptr,                          // ModeParmChannel  value-parameter body
+    nullptr,                          // ModeGroups       channel groups
+    nullptr,                          // ModeGroupNode    channel group node
+};
+
+bool OvPZ3Importer::runLineLoop(char **argv) {
+    bool carryOn = true;
+    do {
+        try {
+            int argc = 0;
+            if (m_file->getLine(argv, argc))
+                ++m_file->m_lineNumber;
+            if (argc > 0)
+                carryOn = handleLine(argv, argc);
+        } catch (const QString &message) {
+            reportError(message);
+        } catch (const char *message) {
+            reportError(QString::fromLocal8Bit(message));
+        } catch (const std::bad_alloc &) {
+            reportError(QStringLiteral("Out of Memory"));
+        } catch (...) {
+            reportError(tr("Unknown error"));
+        }
+    } while (carryOn && !atEndOfInput());
+    return carryOn;
+}
+
+bool OvPZ3Importer::handleLine(char **argv, int argc) {
+    switch (argv[0][0]) {
+    case '*':
+        return true;
+    case '{':
+        openSection();
+        return true;
+    case '}':
+        closeSection();
+        return true;
+    default:
+        break;
+    }
+    if (std::strcmp(argv[0], "readScript") == 0) {
+        if (argc < 2) {
+            reportError(tr("No script name was specified"));
+            return true;
+        }
+        return readScript(tokenText(argv, 1, argc));
+    }
+    if (m_parseMode < 0 || m_parseMode >= ModeCount)
+        return true;
+    if (m_parseMode == ModeKeys && m_ignoreKeys)
+        return true;
+    ModeHandler handler = s_modeHandlers[m_parseMode];
+    return handler ? (this->*handler)(argv, argc) : true;
+}
+
+void OvPZ3Importer::openSection() {
+    ++m_file->m_braceDepth;
+    m_modeStack.append(m_parseMode);
+}
+
+void OvPZ3Importer::closeSection() {
+    closeSectionStep();
+    if (--m_file->m_braceDepth < 0) {
+        reportInfo(tr("Unexpected '}' found in file"));
+        m_file->m_braceDepth = 0;
+        return;
+    }
+    if (m_modeStack.isEmpty()) {
+        qDebug("Stack underflow");
+        return;
+    }
+    m_modeStack.removeLast();
+    if (m_modeStack.isEmpty()) {
+        // Cannot happen while depths are counted per file; keep reading at the top level.
+        qDebug("Stack underflow");
+        m_modeStack.append(ModeFile);
+    }
+    m_parseMode = m_modeStack.last();
+}
+
+// What a section leaves behind when it closes.
+void OvPZ3Importer::closeSectionStep() {
+    switch (m_parseMode) {
+    case ModeChannel:
+        m_curChannelType = 0;
+        m_curProperty = nullptr;
+        m_ignoreKeys = false;
+        m_isColorChannel = false;
+        break;
+    case ModeObject:
+        m_foundOnFollowTarget = false;
+        m_jointParmsSeen = false;
+        break;
+    case ModeMaterial:
+        if (!m_material) {
+            qDebug("NULL m_material");
+        } else if (auto *m = dynamic_cast<OvDefaultMaterial *>(m_material)) {
+            // A transparency map carries the opacity; the base value must not dim it further.
+            if (m->getOpacityMap())
+                m->setBaseOpacity(1.0f);
+        }
+        break;
+    default:
+        break;
+    }
+}
+
+void OvPZ3Importer::closeCurrentFile() {
+    if (!m_file)
+        return;
+    if (m_file->hasError())
+        reportError(tr("Could not read the rest of %1: %2").arg(m_file->name(), m_file->errorString()));
+    if (m_file->truncatedLines() > 0)
+        reportInfo(tr("%1 line(s) longer than %2 MB were cut")
+                       .arg(m_file->truncatedLines())
+                       .arg(OvTextInputFile::MaxLineLength >> 20));
+    m_file->close();
+    delete m_file;
+    m_file = nullptr;
+}
+
+// True once every file is read; an included file that ends resumes the one that included it.
+bool OvPZ3Importer::atEndOfInput() {
+    while (m_file->atEnd()) {
+        closeCurrentFile();
+        if (m_fileStack.isEmpty())
+            return true;
+        m_file = m_fileStack.pop();
+    }
+    return false;
+}
+
+bool OvPZ3Importer::isOpenFile(const QString &canonicalPath) const {
+    if (canonicalPath.isEmpty())
+        return false;
+    if (m_file && m_file->m_canonicalPath == canonicalPath)
+        return true;
+    for (int i = 0; i < m_fileStack.count(); ++i)
+        if (m_fileStack[i]->m_canonicalPath == canonicalPath)
+            return true;
+    return false;
+}
+
+void OvPZ3Importer::finishImport() {
+    // Files still open when a handler stopped the loop.
+    while (m_file) {
+        closeCurrentFile();
+        if (!m_fileStack.isEmpty())
+            m_file = m_fileStack.pop();
+    }
+    // Links, camera conversion, movie ranges and drop placement work on records that the channel,
+    // camera and movie sections fill; this build does not read those sections yet.
+}
+
+void OvPZ3Importer::askToAddFrames() {
+    // Keys are not read yet, so a pose never reaches past the play range.
+}
+
+void OvPZ3Importer::applySmartParents() {
+    // Smart parents are recorded by object sections, which this build does not read yet.
+}
+
+void OvPZ3Importer::convertSubDivisions() {
+    // Subdivision requests come from figure and object sections, not read yet.
+    m_subDNodes.clear();
+}
+
+void OvPZ3Importer::recordSourceFiles(const QString &) {
+    // Source-file records go on the objects an import creates; this build creates none yet.
+}
