@@ -102,11 +102,19 @@ long OvTextInputFile::readRaw(char *dst, size_t n) {
         gzFile gz = static_cast<gzFile>(m_gz);
         unsigned int ask = n > (1u << 30) ? (1u << 30) : unsigned(n);
         int got = gzread(gz, dst, ask);
-        if (got < 0) {
-            int err = 0;
+        if (got <= 0) {
+            // A stream cut short ends with a plain 0 and the error kept aside (Z_BUF_ERROR).
+            int err = Z_OK;
             const char *msg = gzerror(gz, &err);
-            m_error = QString::fromUtf8(msg && *msg ? msg : "compressed data error");
-            return -1;
+            if (got < 0 || err != Z_OK) {
+                QString detail = QString::fromUtf8(msg ? msg : "");
+                int fdTag = detail.indexOf(QLatin1String(">: ")); // zlib names the stream "<fd:N>: "
+                if (detail.startsWith(QLatin1String("<fd:")) && fdTag > 0)
+                    detail = detail.mid(fdTag + 3);
+                m_error = err == Z_BUF_ERROR ? QStringLiteral("the compressed data ends too early")
+                                             : QStringLiteral("the compressed data is damaged (%1)").arg(detail);
+                return -1;
+            }
         }
         return got;
     }

@@ -4,6 +4,7 @@
 #include <QByteArray>
 #include <QString>
 #include <QTemporaryDir>
+#include <ostream>
 
 // Writes `data` to dir/name (creating folders) and returns the full path.
 QString writeFile(const QTemporaryDir &dir, const QString &name, const QByteArray &data);
@@ -12,3 +13,6 @@ QString writeGzipFile(const QTemporaryDir &dir, const QString &name, const QByte
 QByteArray gzipBytes(const QByteArray &data);
 // Log lines joined by newlines, each prefixed "error: " or "info: ".
 QString logText();
+
+// Readable QStrings in test failure messages.
+inline void PrintTo(const QString &s, std::ostream *os) { *os << '"' << s.toStdString() << '"'; }
