@@ -117,7 +117,8 @@ unsigned int OvObjImporter::readObj(OvTextInputFile &file, OvShape **shapeOut, i
                     const int faceLine = lineNumber;
                     bool uvLess = false;
                     int prevUV = 0;
-                    const char *badCorner = nullptr;
+                    bool badFace = false;
+                    QString badCorner; // copied: a continuation line reuses the token buffer
                     for (int i = 1; i < argc; ++i) {
                         const char *token = av[i];
                         if (token[0] == '\\') {
@@ -138,15 +139,17 @@ unsigned int OvObjImporter::readObj(OvTextInputFile &file, OvShape **shapeOut, i
                                 prevUV = uv;
                             }
                         }
-                        if (!mesh->addFaceEdge(v, uv) && !badCorner)
-                            badCorner = token;
+                        if (!mesh->addFaceEdge(v, uv) && !badFace) {
+                            badFace = true;
+                            badCorner = OvFileIO::decodeText(token);
+                        }
                     }
-                    if (badCorner) {
+                    if (badFace) {
                         if (faceReports < kMaxFaceReports) {
                             ++faceReports;
                             reportObjError(tr("Face ignored: corner \"%1\" refers to no vertex or texture "
                                               "coordinate read so far")
-                                               .arg(OvFileIO::decodeText(badCorner)),
+                                               .arg(badCorner),
                                            faceLine);
                         } else {
                             ++unreportedFaces;

@@ -75,9 +75,19 @@ bool OvTextInputFile::open() {
         m_error = QStringLiteral("not a gzip-compressed file");
         return false;
     }
-    // Old Mac files end their lines with CR alone.
-    if (!std::memchr(m_buf, '\n', m_end) && std::memchr(m_buf, '\r', m_end))
-        m_eol = '\r';
+    // Old Mac files end their lines with CR alone. The first DefaultChunkSize bytes decide whatever
+    // the chunk size, so small chunks split lines the same way.
+    for (size_t seen = 0;;) {
+        size_t look = m_end < DefaultChunkSize ? m_end : DefaultChunkSize;
+        if (std::memchr(m_buf + seen, '\n', look - seen))
+            break;
+        seen = look;
+        if (seen >= DefaultChunkSize || !fillMore()) {
+            if (std::memchr(m_buf, '\r', seen))
+                m_eol = '\r';
+            break;
+        }
+    }
     return true;
 }
 
