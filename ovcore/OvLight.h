@@ -8,8 +8,37 @@ public:
     OvLight() = default;
 };
 
+class OvDistantLight : public OvLight {
+    Q_OBJECT
+public:
+    OvDistantLight() = default;
+};
+
+class OvSpotLight : public OvLight {
+    Q_OBJECT
+public:
+    OvSpotLight() : m_spread(addProperty(new OvFloatProperty(QStringLiteral("Spread Angle"), 45.0f))) {}
+    OvFloatProperty *getSpreadAngleControl() const { return m_spread; }
+
+private:
+    OvFloatProperty *m_spread;
+};
+
 class OvBasicCamera : public OvNode {
     Q_OBJECT
 public:
-    OvBasicCamera() = default;
+    // Camera types of the host; 6 is the plain perspective camera importers make.
+    explicit OvBasicCamera(int cameraType = 6, bool flag = false);
+    int getCameraType() const { return m_type; }
+    bool getCreationFlag() const { return m_flag; }
+    bool isPerspective() const { return m_type == 6; }
+    OvFloatProperty *getFocalLengthChannel() const { return m_focalLength; }
+    float getFocalDistance() const { return m_focalDistance; }
+    void setFocalDistance(float d) { m_focalDistance = d; }
+
+private:
+    int m_type;
+    bool m_flag;
+    OvFloatProperty *m_focalLength;
+    float m_focalDistance = 0.0f;
 };

@@ -28,15 +28,27 @@ public:
     virtual const char *className() const { return "OvMaterial"; }
     const QString &getName() const { return m_name; }
     void setName(const QString &name) { m_name = name; }
+    const QString &getLabel() const { return m_label; }
+    void setLabel(const QString &label) { m_label = label; }
 
 private:
     QString m_name;
+    QString m_label;
 };
 
 // The host's standard surface: colours, strengths and texture maps.
 class OvDefaultMaterial : public OvMaterial {
 public:
     const char *className() const override { return "OvDefaultMaterial"; }
+    // Takes every setting and map of another material (not its name or label).
+    void copyFrom(const OvMaterial &other) {
+        if (auto *d = dynamic_cast<const OvDefaultMaterial *>(&other)) {
+            QString name = getName(), label = getLabel();
+            *this = *d;
+            setName(name);
+            setLabel(label);
+        }
+    }
 
     QColor getDiffuseColor() const { return m_diffuse; }
     void setDiffuseColor(const QColor &c) { m_diffuse = c; }

@@ -1,7 +1,25 @@
 #include "OvNode.h"
+#include "OvSkeleton.h"
 
 #include <algorithm>
 #include <cstring>
+
+const char *rotationOrderName(OvRotationOrder order) {
+    static const char *const names[] = {"XYZ", "XZY", "YXZ", "YZX", "ZXY", "ZYX"};
+    int i = int(order);
+    return i >= 0 && i < 6 ? names[i] : "?";
+}
+
+OvQuat quatFromEuler(OvRotationOrder order, const OvVec3 &angles) {
+    const OvQuat q[3] = {OvQuat(OvVec3(1, 0, 0), angles[0]), OvQuat(OvVec3(0, 1, 0), angles[1]),
+                         OvQuat(OvVec3(0, 0, 1), angles[2])};
+    static const int sequence[6][3] = {{0, 1, 2}, {0, 2, 1}, {1, 0, 2}, {1, 2, 0}, {2, 0, 1}, {2, 1, 0}};
+    const int *s = sequence[std::clamp(int(order), 0, 5)];
+    // The first axis of the order is applied first, so it stands rightmost.
+    return q[s[2]] * q[s[1]] * q[s[0]];
+}
+
+// ---- OvElement ----
 
 OvElement::~OvElement() = default;
 
@@ -14,13 +32,68 @@ OvElementData *OvElement::findDataItem(const QString &name) const {
 
 void OvElement::addDataItem(OvElementData *item) { m_dataItems.emplace_back(item); }
 
-bool OvElement::isA(const char *className) const {
-    return std::strcmp(metaObject()->className(), className) == 0;
+OvProperty *OvElement::findProperty(const QString &name) const {
+    for (const auto &p : m_properties)
+        if (p->getName() == name)
+            return p.get();
+    return nullptr;
 }
+
+bool OvElement::isA(const char *className) const { return std::strcmp(metaObject()->className(), className) == 0; }
+
+// ---- OvObject ----
+
+OvObject::OvObject() : m_geometrySwitch(addProperty(new OvEnumProperty(QStringLiteral("Geometry")))) {}
 
 OvObject::~OvObject() {
     for (OvShape *s : m_shapes)
         delete s;
+}
+
+void OvObject::addShape(OvShape *shape, int position) {
+    if (!shape)
+        return;
+    if (position < 0 || position >= int(m_shapes.size()))
+        m_shapes.push_back(shape);
+    else
+        m_shapes.insert(m_shapes.begin() + position, shape);
+    updateGeometryItems();
+}
+
+void OvObject::updateGeometryItems() {
+    QStringList items;
+    for (OvShape *s : m_shapes)
+        items << (s->getLabel().isEmpty() ? s->getName() : s->getLabel());
+    m_geometrySwitch->setItems(items);
+    m_geometrySwitch->setMin(0);
+    m_geometrySwitch->setMax(std::max(0, int(items.size()) - 1));
+}
+
+void OvObject::addModifier(OvModifier *modifier, int position) {
+    if (!modifier)
+        return;
+    if (position < 0 || position >= int(m_modifiers.size()))
+        m_modifiers.emplace_back(modifier);
+    else
+        m_modifiers.emplace(m_modifiers.begin() + position, modifier);
+}
+
+// ---- OvNode ----
+
+OvNode::OvNode() {
+    static const char *const pos[3] = {"xTran", "yTran", "zTran"};
+    static const char *const rot[3] = {"xRotate", "yRotate", "zRotate"};
+    static const char *const scale[3] = {"xScale", "yScale", "zScale"};
+    for (int i = 0; i < 3; ++i)
+        m_pos[i] = addProperty(new OvFloatProperty(QString::fromLatin1(pos[i]), 0.0f));
+    for (int i = 0; i < 3; ++i)
+        m_rot[i] = addProperty(new OvFloatProperty(QString::fromLatin1(rot[i]), 0.0f));
+    for (int i = 0; i < 3; ++i)
+        m_scale[i] = addProperty(new OvFloatProperty(QString::fromLatin1(scale[i]), 1.0f));
+    m_uniformScale = addProperty(new OvFloatProperty(QStringLiteral("Scale"), 1.0f));
+    m_visible = addProperty(new OvBoolProperty(QStringLiteral("Visible"), true));
+    m_shadow = addProperty(new OvBoolProperty(QStringLiteral("Casts Shadow"), true));
+    m_selectable = addProperty(new OvBoolProperty(QStringLiteral("Selectable"), true));
 }
 
 OvNode::~OvNode() {
@@ -58,9 +131,50 @@ bool OvNode::removeNodeChild(OvNode *child, bool) {
     return true;
 }
 
-OvProperty *OvNode::findProperty(const QString &name) const {
-    for (const auto &p : m_properties)
-        if (p->getName() == name)
-            return p.get();
+OvNode *OvNode::findNodeChild(const QString &name, bool recursive) const {
+    for (OvNode *c : m_children)
+        if (c->getName() == name)
+            return c;
+    if (recursive)
+        for (OvNode *c : m_children)
+            if (OvNode *found = c->findNodeChild(name, true))
+                return found;
     return nullptr;
+}
+
+OvSkeleton *OvNode::getSkeleton() const {
+    for (const OvNode *n = this; n; n = n->m_parent)
+        if (auto *s = qobject_cast<OvSkeleton *>(const_cast<OvNode *>(n)))
+            return s;
+    return nullptr;
+}
+
+OvVec3 OvNode::getWSPos() const {
+    OvVec3 p(m_pos[0]->getValue(), m_pos[1]->getValue(), m_pos[2]->getValue());
+    return m_parent ? m_parent->getWSPos() + p : p;
+}
+
+void OvNode::setWSPos(const OvVec3 &p) {
+    OvVec3 local = m_parent ? p - m_parent->getWSPos() : p;
+    for (int i = 0; i < 3; ++i)
+        m_pos[i]->setValue(local[i]);
+}
+
+OvBox3 OvNode::getWSBoundingBox() const {
+    OvBox3 box;
+    const OvVec3 at = getWSPos();
+    if (m_object && m_object->getNumShapes() > 0) {
+        int shown = std::clamp(m_object->getGeometryControl()->getValue(), 0, m_object->getNumShapes() - 1);
+        if (auto *mesh = dynamic_cast<const OvPolyMesh *>(m_object->getShape(shown)->getGeometry()))
+            for (int v = 0; v < mesh->getNumVertices(); ++v)
+                box.extendBy(OvVec3(mesh->getVertex(v)) + at);
+    }
+    for (OvNode *c : m_children) {
+        OvBox3 child = c->getWSBoundingBox();
+        if (!child.isEmpty()) {
+            box.extendBy(child.getMin());
+            box.extendBy(child.getMax());
+        }
+    }
+    return box;
 }

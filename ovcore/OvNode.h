@@ -1,12 +1,21 @@
 #pragma once
-// Scene graph: elements carry data items; nodes form the hierarchy and carry properties and an
-// object; objects hold shapes.
+// Scene graph: elements carry properties and data items; nodes form the hierarchy, carry their
+// placement (origin, end point, orientation, transform controls, flags) and an object; objects
+// hold shapes and modifiers.
 
 #include "OvBase.h"
+#include "OvMath.h"
 #include "OvProperty.h"
 #include "OvShape.h"
 #include <memory>
 #include <vector>
+
+class OvSkeleton;
+
+enum class OvRotationOrder : int { XYZ = 0, XZY = 1, YXZ = 2, YZX = 3, ZXY = 4, ZYX = 5 };
+const char *rotationOrderName(OvRotationOrder order);
+// The quaternion of three angles (radians, about X, Y and Z) applied in the given order.
+OvQuat quatFromEuler(OvRotationOrder order, const OvVec3 &angles);
 
 class OvElement : public OvBase {
     Q_OBJECT
@@ -14,43 +23,88 @@ public:
     OvElement() = default;
     ~OvElement() override;
 
+    const QString &getName() const { return m_name; }
+    void setName(const QString &name) { m_name = name; }
+    const QString &getLabel() const { return m_label; }
+    void setLabel(const QString &label) { m_label = label; }
+
     OvElementData *findDataItem(const QString &name) const;
     // Takes ownership.
     void addDataItem(OvElementData *item);
     int getNumDataItems() const { return int(m_dataItems.size()); }
     OvElementData *getDataItem(int i) const { return m_dataItems[size_t(i)].get(); }
 
+    int getNumProperties() const { return int(m_properties.size()); }
+    OvProperty *getProperty(int i) const { return m_properties[size_t(i)].get(); }
+    OvProperty *findProperty(const QString &name) const;
+    // Takes ownership; returns the property.
+    template <class P> P *addProperty(P *property) {
+        property->setOwner(this);
+        m_properties.emplace_back(property);
+        return property;
+    }
+
     // True when this object's class is exactly `className`.
     bool isA(const char *className) const;
 
 private:
+    QString m_name;
+    QString m_label;
     std::vector<std::unique_ptr<OvElementData>> m_dataItems;
+    std::vector<std::unique_ptr<OvProperty>> m_properties;
 };
 
-// What a node shows: its shapes (owned).
+// Something an object applies to its shapes: a joint, a deformer, a morph.
+class OvModifier {
+public:
+    virtual ~OvModifier() = default;
+    virtual const char *className() const = 0;
+    const QString &getName() const { return m_name; }
+    void setName(const QString &name) { m_name = name; }
+
+private:
+    QString m_name;
+};
+
+// What a node shows: its shapes (owned), one of which the geometry switch selects, and the
+// modifiers (owned) applied to them.
 class OvObject : public OvElement {
     Q_OBJECT
 public:
+    OvObject();
     ~OvObject() override;
     int getNumShapes() const { return int(m_shapes.size()); }
     OvShape *getShape(int i) const { return m_shapes[size_t(i)]; }
-    // Takes ownership.
-    void addShape(OvShape *shape) { m_shapes.push_back(shape); }
+    // Takes ownership; position -1 appends.
+    void addShape(OvShape *shape, int position = -1);
+    // Chooses the shown shape; its items follow the shapes' labels (names when unlabelled).
+    OvEnumProperty *getGeometryControl() const { return m_geometrySwitch; }
+
+    int getNumModifiers() const { return int(m_modifiers.size()); }
+    OvModifier *getModifier(int i) const { return m_modifiers[size_t(i)].get(); }
+    // Takes ownership; position -1 appends.
+    void addModifier(OvModifier *modifier, int position = -1);
+    template <class M> M *findModifier() const {
+        for (const auto &m : m_modifiers)
+            if (auto *found = dynamic_cast<M *>(m.get()))
+                return found;
+        return nullptr;
+    }
+
+    // Refreshes the geometry switch's items after shapes were renamed.
+    void updateGeometryItems();
 
 private:
     std::vector<OvShape *> m_shapes;
+    std::vector<std::unique_ptr<OvModifier>> m_modifiers;
+    OvEnumProperty *m_geometrySwitch;
 };
 
 class OvNode : public OvElement {
     Q_OBJECT
 public:
-    OvNode() = default;
+    OvNode();
     ~OvNode() override;
-
-    const QString &getName() const { return m_name; }
-    void setName(const QString &name) { m_name = name; }
-    const QString &getLabel() const { return m_label; }
-    void setLabel(const QString &label) { m_label = label; }
 
     OvNode *getNodeParent() const { return m_parent; }
     int getNumNodeChildren() const { return int(m_children.size()); }
@@ -61,22 +115,63 @@ public:
     // Gives up ownership; the caller then owns the child.
     bool removeNodeChild(OvNode *child, bool keepWorldPosition = false);
     bool isAncestorOf(const OvNode *node) const;
+    // The descendant with this object name (depth first); only direct children unless recursive.
+    OvNode *findNodeChild(const QString &name, bool recursive = true) const;
+    // The nearest skeleton at or above this node, or null.
+    OvSkeleton *getSkeleton() const;
 
     OvObject *getObject() const { return m_object.get(); }
     // Takes ownership; replaces any previous object.
     void setObject(OvObject *object) { m_object.reset(object); }
 
-    int getNumProperties() const { return int(m_properties.size()); }
-    OvProperty *getProperty(int i) const { return m_properties[size_t(i)].get(); }
-    OvProperty *findProperty(const QString &name) const;
-    // Takes ownership.
-    void addProperty(OvProperty *property) { m_properties.emplace_back(property); }
+    // Joint placement, in host units.
+    const OvVec3 &getOrigin() const { return m_origin; }
+    void setOrigin(const OvVec3 &v) { m_origin = v; }
+    const OvVec3 &getEndPoint() const { return m_endPoint; }
+    void setEndPoint(const OvVec3 &v) { m_endPoint = v; }
+    const OvQuat &getOrientation() const { return m_orientation; }
+    void setOrientation(const OvQuat &q) { m_orientation = q; }
+    OvRotationOrder getRotationOrder() const { return m_rotationOrder; }
+    void setRotationOrder(OvRotationOrder order) { m_rotationOrder = order; }
+
+    // Transform controls.
+    OvFloatProperty *getXPosControl() const { return m_pos[0]; }
+    OvFloatProperty *getYPosControl() const { return m_pos[1]; }
+    OvFloatProperty *getZPosControl() const { return m_pos[2]; }
+    OvFloatProperty *getXRotControl() const { return m_rot[0]; }
+    OvFloatProperty *getYRotControl() const { return m_rot[1]; }
+    OvFloatProperty *getZRotControl() const { return m_rot[2]; }
+    OvFloatProperty *getXScaleControl() const { return m_scale[0]; }
+    OvFloatProperty *getYScaleControl() const { return m_scale[1]; }
+    OvFloatProperty *getZScaleControl() const { return m_scale[2]; }
+    OvFloatProperty *getScaleControl() const { return m_uniformScale; }
+
+    // Flags.
+    OvBoolProperty *getVisibilityControl() const { return m_visible; }
+    OvBoolProperty *getShadowControl() const { return m_shadow; }
+    OvBoolProperty *getSelectabilityControl() const { return m_selectable; }
+    bool isHidden() const { return m_hidden; }
+    void setHidden(bool hidden) { m_hidden = hidden; }
+
+    // World space: the host composes translations only (rotations do not move children here).
+    OvVec3 getWSPos() const;
+    void setWSPos(const OvVec3 &p);
+    // Bounds of this node's shown shapes and of its children's, in world space; empty when none.
+    OvBox3 getWSBoundingBox() const;
 
 private:
-    QString m_name;
-    QString m_label;
     OvNode *m_parent = nullptr;
     std::vector<OvNode *> m_children;
     std::unique_ptr<OvObject> m_object;
-    std::vector<std::unique_ptr<OvProperty>> m_properties;
+    OvVec3 m_origin, m_endPoint;
+    OvQuat m_orientation;
+    OvRotationOrder m_rotationOrder = OvRotationOrder::XYZ;
+    OvFloatProperty *m_pos[3];
+    OvFloatProperty *m_rot[3];
+    OvFloatProperty *m_scale[3];
+    OvFloatProperty *m_uniformScale;
+    OvBoolProperty *m_visible;
+    OvBoolProperty *m_shadow;
+    OvBoolProperty *m_selectable;
+    bool m_hidden = false;
 };

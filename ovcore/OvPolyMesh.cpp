@@ -52,11 +52,18 @@ int OvPolyMesh::activateFaceGroup(const QString &name) {
     return g;
 }
 
-OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name) const {
+OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name, std::vector<int> *materialIndices) const {
     int g = findFaceGroup(name);
     if (g < 0)
         return nullptr;
     const OvPodArray<int> &faces = m_groups[size_t(g)].faces;
+    if (materialIndices) {
+        materialIndices->clear();
+        for (int f : faces)
+            materialIndices->push_back(getFaceMaterial(f));
+        std::sort(materialIndices->begin(), materialIndices->end());
+        materialIndices->erase(std::unique(materialIndices->begin(), materialIndices->end()), materialIndices->end());
+    }
     auto *mesh = new OvPolyMesh;
     mesh->setName(name);
     std::vector<int> vmap(size_t(getNumVertices()), -1);
@@ -88,7 +95,10 @@ OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name) const {
     for (int f : faces) {
         const int *fv = getFaceVertices(f);
         const int *fuv = getFaceUVs(f);
-        mesh->activateMaterial(getFaceMaterial(f));
+        int m = getFaceMaterial(f);
+        if (materialIndices)
+            m = int(std::lower_bound(materialIndices->begin(), materialIndices->end(), m) - materialIndices->begin());
+        mesh->activateMaterial(m);
         mesh->startFace();
         for (int c = 0, n = getFaceSize(f); c < n; ++c) {
             int uv = size_t(fuv[c]) < uvmap.size() ? uvmap[size_t(fuv[c])] : 0;

@@ -93,8 +93,9 @@ public:
     int findFaceGroup(const QString &name) const { return m_groupIndex.value(name, -1); }
 
     // A new mesh with the faces of one group, its vertices and UVs renumbered in first-use order;
-    // null when there is no such group.
-    OvPolyMesh *createMeshFromGroup(const QString &name) const;
+    // null when there is no such group. With `materialIndices`, that list receives the material
+    // indices the group's faces use (ascending) and the new faces refer to positions in it.
+    OvPolyMesh *createMeshFromGroup(const QString &name, std::vector<int> *materialIndices = nullptr) const;
 
     // Memory held by the mesh arrays, for benchmarks.
     size_t dataBytes() const;

@@ -1,43 +1,155 @@
 #pragma once
-// Node properties (the animatable values a user sees) and element data items (records that
-// importers leave on scene objects).
+// Node properties (the animatable values a user sees), the controllers that drive them, and
+// element data items (records that importers leave on scene objects).
 
 #include <QString>
+#include <QStringList>
+#include <memory>
+#include <vector>
+
+class OvElement;
+class OvSkeleton;
+class OvNumericProperty;
+
+// Drives a property from elsewhere (a dependent-parameter link, for instance).
+class OvController {
+public:
+    virtual ~OvController() = default;
+    virtual const char *className() const = 0;
+    const QString &getName() const { return m_name; }
+    void setName(const QString &name) { m_name = name; }
+
+private:
+    QString m_name;
+};
+
+// Dependent-parameter link: the owning property follows `source`; the two numbers are kept as the
+// importer gives them.
+class OvERCLink : public OvController {
+public:
+    OvERCLink(OvNumericProperty *source, double a, double b) : m_source(source), m_a(a), m_b(b) {}
+    const char *className() const override { return "OvERCLink"; }
+    OvNumericProperty *getSource() const { return m_source; }
+    double getA() const { return m_a; }
+    double getB() const { return m_b; }
+
+private:
+    OvNumericProperty *m_source;
+    double m_a, m_b;
+};
 
 class OvProperty {
 public:
     explicit OvProperty(const QString &name) : m_name(name), m_label(name) {}
     virtual ~OvProperty() = default;
+    OvProperty(const OvProperty &) = delete;
+    OvProperty &operator=(const OvProperty &) = delete;
     virtual const char *className() const = 0;
+
     const QString &getName() const { return m_name; }
     const QString &getLabel() const { return m_label; }
     void setLabel(const QString &label) { m_label = label; }
+    bool isHidden() const { return m_hidden; }
+    void setHidden(bool hidden) { m_hidden = hidden; }
+    OvElement *getOwner() const { return m_owner; }
+    void setOwner(OvElement *owner) { m_owner = owner; }
+
+    // Controllers, owned; position -1 appends.
+    void insertController(OvController *controller, int position = -1);
+    bool removeController(OvController *controller);
+    int getNumControllers() const { return int(m_controllers.size()); }
+    OvController *getController(int i) const { return m_controllers[size_t(i)].get(); }
+
+    // The host's integer value setter, used for int, enum and bool properties alike.
+    virtual void setIntValue(int) {}
 
 private:
     QString m_name;
     QString m_label;
+    bool m_hidden = false;
+    OvElement *m_owner = nullptr;
+    std::vector<std::unique_ptr<OvController>> m_controllers;
 };
 
-class OvFloatProperty : public OvProperty {
+class OvNumericProperty : public OvProperty {
 public:
-    explicit OvFloatProperty(const QString &name, float value = 0.0f) : OvProperty(name), m_value(value) {}
+    using OvProperty::OvProperty;
+    bool isClamped() const { return m_clamped; }
+    void setIsClamped(bool clamped) { m_clamped = clamped; }
+
+private:
+    bool m_clamped = false;
+};
+
+class OvFloatProperty : public OvNumericProperty {
+public:
+    explicit OvFloatProperty(const QString &name, float value = 0.0f)
+        : OvNumericProperty(name), m_value(value), m_default(value) {}
     const char *className() const override { return "OvFloatProperty"; }
     float getValue() const { return m_value; }
     void setValue(float v) { m_value = v; }
+    float getDefaultValue() const { return m_default; }
+    void setDefaultValue(float v) { m_default = m_value = v; }
+    void setIntValue(int v) override { m_value = float(v); }
 
 private:
     float m_value;
+    float m_default;
 };
 
-class OvBoolProperty : public OvProperty {
+class OvIntProperty : public OvNumericProperty {
 public:
-    explicit OvBoolProperty(const QString &name, bool value = false) : OvProperty(name), m_value(value) {}
+    explicit OvIntProperty(const QString &name, int value = 0) : OvNumericProperty(name), m_value(value) {}
+    const char *className() const override { return "OvIntProperty"; }
+    int getValue() const { return m_value; }
+    void setValue(int v) { m_value = v; }
+    void setIntValue(int v) override { m_value = v; }
+    int getMin() const { return m_min; }
+    void setMin(int v) { m_min = v; }
+    int getMax() const { return m_max; }
+    void setMax(int v) { m_max = v; }
+
+private:
+    int m_value;
+    int m_min = -2147483647 - 1;
+    int m_max = 2147483647;
+};
+
+class OvBoolProperty : public OvNumericProperty {
+public:
+    explicit OvBoolProperty(const QString &name, bool value = false) : OvNumericProperty(name), m_value(value) {}
     const char *className() const override { return "OvBoolProperty"; }
     bool getValue() const { return m_value; }
     void setValue(bool v) { m_value = v; }
+    void setIntValue(int v) override { m_value = v != 0; }
 
 private:
     bool m_value;
+};
+
+// A choice among named items; the value is the index of the chosen one.
+class OvEnumProperty : public OvIntProperty {
+public:
+    explicit OvEnumProperty(const QString &name) : OvIntProperty(name, 0) {}
+    const char *className() const override { return "OvEnumProperty"; }
+    int getNumItems() const { return int(m_items.size()); }
+    const QStringList &getItems() const { return m_items; }
+    void setItems(const QStringList &items) { m_items = items; }
+
+private:
+    QStringList m_items;
+};
+
+// A reference to a skeleton (a figure follows the one it conforms to).
+class OvSkeletonProperty : public OvProperty {
+public:
+    explicit OvSkeletonProperty(const QString &name) : OvProperty(name) {}
+    const char *className() const override { return "OvSkeletonProperty"; }
+    OvSkeleton *getValue() const { return m_value; }
+    void setValue(OvSkeleton *skeleton) { m_value = skeleton; }
+
+private:
+    OvSkeleton *m_value = nullptr;
 };
 
 class OvElementData {
@@ -59,19 +171,22 @@ public:
     const QString &getSourceFilePath() const { return m_path; }
     void setSourceFilePath(const QString &path) { m_path = path; }
 
+protected:
+    OvSourceFileData(const QString &itemName, const QString &path) : OvElementData(itemName), m_path(path) {}
+
 private:
     QString m_path;
 };
 
-// The geometry file a figure or shape was built from.
-class OvGeomSourceFileData : public OvElementData {
+// The geometry file (and face group) a figure or shape was built from.
+class OvGeomSourceFileData : public OvSourceFileData {
 public:
-    explicit OvGeomSourceFileData(const QString &path)
-        : OvElementData(QStringLiteral("GeomSourceFileData")), m_path(path) {}
+    OvGeomSourceFileData(const QString &path, const QString &group = QString())
+        : OvSourceFileData(QStringLiteral("GeomSourceFileData"), path), m_group(group) {}
     const char *className() const override { return "OvGeomSourceFileData"; }
-    const QString &getSourceFilePath() const { return m_path; }
-    void setSourceFilePath(const QString &path) { m_path = path; }
+    const QString &getGroupName() const { return m_group; }
+    void setGroupName(const QString &group) { m_group = group; }
 
 private:
-    QString m_path;
+    QString m_group;
 };

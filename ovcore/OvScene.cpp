@@ -1,4 +1,5 @@
 #include "OvScene.h"
+#include "OvLight.h"
 #include "OvNode.h"
 
 #include <algorithm>
@@ -14,11 +15,48 @@ void OvScene::addNode(OvNode *node) {
 }
 
 bool OvScene::removeNode(OvNode *node) {
+    if (m_selection && node && (m_selection == node || node->isAncestorOf(m_selection)))
+        m_selection = nullptr;
     auto it = std::find(m_nodes.begin(), m_nodes.end(), node);
-    if (it == m_nodes.end())
+    if (it != m_nodes.end()) {
+        m_nodes.erase(it);
+        return true;
+    }
+    if (node && node->getNodeParent() && contains(node))
+        return node->getNodeParent()->removeNodeChild(node);
+    return false;
+}
+
+template <class F> static OvNode *findDepthFirst(OvNode *node, F &&match) {
+    if (match(node))
+        return node;
+    for (int i = 0; i < node->getNumNodeChildren(); ++i)
+        if (OvNode *found = findDepthFirst(node->getNodeChild(i), match))
+            return found;
+    return nullptr;
+}
+
+OvNode *OvScene::findNodeByLabel(const QString &label) const {
+    for (OvNode *n : m_nodes)
+        if (OvNode *found = findDepthFirst(n, [&](OvNode *x) { return x->getLabel() == label; }))
+            return found;
+    return nullptr;
+}
+
+OvBasicCamera *OvScene::findCamera(const QString &name) const {
+    for (OvNode *n : m_nodes)
+        if (OvNode *found = findDepthFirst(n, [&](OvNode *x) { return x->getName() == name && x->inherits("OvBasicCamera"); }))
+            return static_cast<OvBasicCamera *>(found);
+    return nullptr;
+}
+
+bool OvScene::contains(const OvNode *node) const {
+    if (!node)
         return false;
-    m_nodes.erase(it);
-    return true;
+    const OvNode *top = node;
+    while (top->getNodeParent())
+        top = top->getNodeParent();
+    return std::find(m_nodes.begin(), m_nodes.end(), top) != m_nodes.end();
 }
 
 static int removeFromChildren(OvNode *parent, const char *className) {
@@ -41,6 +79,8 @@ int OvScene::removeNodesOfClass(const char *className) {
     for (size_t i = m_nodes.size(); i-- > 0;) {
         OvNode *node = m_nodes[i];
         if (node->inherits(className)) {
+            if (m_selection && (m_selection == node || node->isAncestorOf(m_selection)))
+                m_selection = nullptr;
             m_nodes.erase(m_nodes.begin() + long(i));
             delete node;
             ++removed;

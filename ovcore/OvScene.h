@@ -6,6 +6,7 @@
 #include <vector>
 
 class OvNode;
+class OvBasicCamera;
 
 class OvScene {
 public:
@@ -22,6 +23,16 @@ public:
     bool removeNode(OvNode *node);
     int getNumNodes() const { return int(m_nodes.size()); }
     OvNode *getNode(int i) const { return m_nodes[size_t(i)]; }
+
+    // The first node (depth first) with this label, or null.
+    OvNode *findNodeByLabel(const QString &label) const;
+    // The camera with this object name, or null.
+    OvBasicCamera *findCamera(const QString &name) const;
+    // True when the node hangs in this scene (at the top or below).
+    bool contains(const OvNode *node) const;
+
+    OvNode *getPrimarySelection() const { return m_selection; }
+    void setPrimarySelection(OvNode *node) { m_selection = node; }
 
     // Deletes every light (cameras: every camera) in the scene, wherever it hangs; returns how many.
     int removeAllLights();
@@ -45,6 +56,7 @@ public:
 private:
     std::vector<OvNode *> m_nodes;
     QStringList m_undoSteps;
+    OvNode *m_selection = nullptr;
     int m_time = 0;
     int m_timeStep = TimeUnitsPerSecond / 30;
     OvTimeRange m_animRange{0, 30 * (TimeUnitsPerSecond / 30)};

@@ -23,3 +23,18 @@ OvMaterial *OvShape::findMaterial(const QString &name) const {
     int i = findMaterialIndex(name);
     return i < 0 ? nullptr : m_materials[size_t(i)].get();
 }
+
+bool OvShape::replaceMaterial(OvMaterial *old, OvMaterial *replacement) {
+    int i = findMaterialIndex(old);
+    if (i < 0 || !replacement)
+        return false;
+    m_materials[size_t(i)] = replacement;
+    return true;
+}
+
+OvElementData *OvShape::findDataItem(const QString &name) const {
+    for (const auto &d : m_dataItems)
+        if (d->getName() == name)
+            return d.get();
+    return nullptr;
+}

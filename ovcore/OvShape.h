@@ -3,7 +3,9 @@
 
 #include "OvMaterial.h"
 #include "OvPolyMesh.h"
+#include "OvProperty.h"
 #include <QString>
+#include <memory>
 #include <vector>
 
 class OvShape {
@@ -26,12 +28,21 @@ public:
     int findMaterialIndex(const QString &name) const;
     int findMaterialIndex(const OvMaterial *material) const;
     OvMaterial *findMaterial(const QString &name) const;
+    // Puts `replacement` where `old` was (the faces keep their index); false when `old` is absent.
+    bool replaceMaterial(OvMaterial *old, OvMaterial *replacement);
+
+    // Records importers leave on the shape (where its geometry came from); owned.
+    OvElementData *findDataItem(const QString &name) const;
+    void addDataItem(OvElementData *item) { m_dataItems.emplace_back(item); }
+    int getNumDataItems() const { return int(m_dataItems.size()); }
+    OvElementData *getDataItem(int i) const { return m_dataItems[size_t(i)].get(); }
 
 private:
     QString m_name;
     QString m_label;
     OvTSharedPointer<OvGeometry> m_geometry;
     std::vector<OvTSharedPointer<OvMaterial>> m_materials;
+    std::vector<std::unique_ptr<OvElementData>> m_dataItems;
 };
 
 class OvPolyShape : public OvShape {

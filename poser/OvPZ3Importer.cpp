@@ -81,6 +81,8 @@ bool OvPZ3Importer::preparePoseTarget(unsigned int &) {
 }
 
 unsigned int OvPZ3Importer::read(const QString &fileName, const OvFileIOSettings &) {
+    m_sceneItems.clear();
+    m_nodeItems.clear();
     m_subDNodes.clear();
     m_lights.clear();
     m_cameras.clear();

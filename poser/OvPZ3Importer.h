@@ -3,10 +3,12 @@
 // sets, plain or compressed. Its fields are the shared state of all section handlers.
 
 #include "LocatedDirList.h"
+#include "scene/SceneItems.h"
 #include <OvImporter.h>
 #include <OvTypes.h>
 #include <QList>
 #include <memory>
+#include <vector>
 
 struct Pz3InputFile;
 class OvNode;
@@ -14,11 +16,19 @@ class OvProperty;
 class OvMaterial;
 class OvLight;
 class OvBasicCamera;
+class OvSkeleton;
+class OvDFormModifier;
 
 // A node to turn into a subdivision surface once the import is complete.
 struct OvPz3SubDNode {
     OvNode *node = nullptr;
     int level = 0;
+};
+
+// A deformer modifier found or made in this import, with the node whose object carries it.
+struct OvPz3DeformerChannelItem {
+    OvDFormModifier *modifier = nullptr;
+    OvNode *node = nullptr;
 };
 
 class OvPZ3Importer : public OvImporter {
@@ -84,7 +94,46 @@ public:
     bool locateFile(const QString &name, QString &foundPath, bool isImage);
     bool readScript(const QString &name);
 
+    // ---- node registry ----
+    // Cuts a ":N" figure-number suffix off `name` and returns N; -1 (name unchanged) without one.
+    static int stripFigureNumber(QString &name);
+    QString makeUniqueLabel(const QString &base) const;
+    OvNode *getSkeleton(int figureNumber, bool create);
+    OvSkeleton *getSelectedSkeleton();
+    OvNode *getPropNode(const QString &name, int kind);
+    OvNode *getNode(OvNode *item, const QString &name);
+    OvNode *findNode(const QString &qualifiedName);
+    OvPz3SceneItem *findSceneItem(const OvNode *node);
+    OvPz3SceneItem *findSceneItemByName(const QString &name);
+    OvPz3NodeItem *getNodeItem(OvNode *node);
+    OvPz3NodeItem *findNodeItem(const OvNode *node) const;
+    OvLight *getLight(const QString &name);
+    OvBasicCamera *getCamera(const QString &name);
+    OvPz3DeformerChannelItem *findOrCreateDeformerChannel(OvNode *node, const QString &name);
+
+    // ---- geometry ----
+    OvPz3GeomItem *getGeometry(const QString &path);
+    bool locateGeometry(const QString &path, QString &found, bool ask);
+    int numGeometryItems() const { return int(m_geomItems.size()); }
+    const OvPz3GeomItem *geometryItem(int i) const { return m_geomItems[size_t(i)].get(); }
+
+    // ---- object sections ----
+    void setNodeOrigin(OvNode *node, const OvVec3 &v);
+    void setNodeEndPoint(OvNode *node, const OvVec3 &v);
+    void setNodeOrientation(OvNode *node, const OvVec3 &angles);
+    OvTSharedPointer<OvMaterial> resolveMaterial(OvNode *node, const QString &name);
+    void setBending(OvNode *node, bool on);
+
     // ---- state that tests and later sections look at ----
+    const OvTArray<OvPz3SceneItem> &sceneItems() const { return m_sceneItems; }
+    int numNodeItems() const { return int(m_nodeItems.size()); }
+    const QList<OvLight *> &lights() const { return m_lights; }
+    const QList<OvBasicCamera *> &cameras() const { return m_cameras; }
+    const OvTArray<OvPz3SubDNode> &subDNodes() const { return m_subDNodes; }
+    OvNode *currentNode() const { return m_curNode; }
+    OvNode *currentFigure() const { return m_curFigure; }
+    const QString &figureResName() const { return m_figureResName; }
+    int figureVertexCount() const { return m_figureVertexCount; }
     int fileType() const { return m_fileType; }
     float version() const { return m_version; }
     ParseMode parseMode() const { return m_parseMode; }
@@ -121,11 +170,34 @@ protected:
     // ---- section handlers (argv[0] is the keyword; false stops the import) ----
     bool parseFileLine(char **argv, int argc);
     bool parseVersionLine(char **argv, int argc);
+    bool parseObjectLine(char **argv, int argc);
+    bool parseAltGeom(char **argv, int argc);
+    // The geometry keywords of object sections; `handled` is false for any other keyword.
+    bool parseGeometryKeyword(char **argv, int argc, bool &handled);
+    // Object-section helpers.
+    bool reparent(const QString &name);
+    void recordSmartParent(const QString &name);
+    bool selectMaterial(const QString &name);
+    void replaceMaterialOnNode(OvNode *node, OvPz3SceneItem *item, OvMaterial *old);
+    void replaceWithSpotLight();
+    void bindDeformTarget(const QString &name);
+    // Drops every record of a node that is about to be deleted.
+    void forgetNode(OvNode *node);
 
     // ---- content location helpers ----
     void learnLocation(const QString &name, const QString &selected);
 
     int m_fileType = 9;
+    // Geometry files read (kept across reads; entries never move).
+    std::vector<std::unique_ptr<OvPz3GeomItem>> m_geomItems;
+    OvTArray<OvPz3SceneItem> m_sceneItems{8};
+    std::vector<std::unique_ptr<OvPz3NodeItem>> m_nodeItems;
+    std::vector<std::unique_ptr<OvPz3DeformerChannelItem>> m_deformerChannels;
+    OvPz3DeformerChannelItem *m_curDeformerChannel = nullptr;
+    OvPz3GeomItem *m_curGeom = nullptr;
+    QString m_altGeomName;
+    // Binary morph file named by the last morphBinaryFile line, resolved.
+    QString m_binMorphFilePath;
     OvTArray<OvPz3SubDNode> m_subDNodes{8};
     std::unique_ptr<LocatedDirList> m_locatedDirs;
     bool m_askForFiles = true;

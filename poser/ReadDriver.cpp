@@ -3,7 +3,9 @@
 #include "OvPZ3Importer.h"
 #include "Pz3InputFile.h"
 
+#include <OvApp.h>
 #include <OvMaterial.h>
+#include <OvScene.h>
 #include <QtDebug>
 #include <cstring>
 #include <new>
@@ -13,7 +15,7 @@
 const OvPZ3Importer::ModeHandler OvPZ3Importer::s_modeHandlers[ModeCount] = {
     &OvPZ3Importer::parseFileLine,    // ModeFile         top-level sections
     nullptr,                          // ModeFigure       figure section
-    nullptr,                          // ModeObject       actor, prop, light, camera sections
+    &OvPZ3Importer::parseObjectLine,  // ModeObject       actor, prop, light, camera sections
     nullptr,                          // ModeChannels     channels section
     nullptr,                          // ModeChannel      body of a channel
     nullptr,                          // ModeKeys         animation keys
@@ -25,7 +27,7 @@ const OvPZ3Importer::ModeHandler OvPZ3Importer::s_modeHandlers[ModeCount] = {
     nullptr,                          // ModeTargetGeom   morph target body
     nullptr,                          // ModeDeltas       morph deltas
     nullptr,                          // ModeJointParm    joint-parameter body
-    nullptr,                          // ModeAltGeom      alternate geometry
+    &OvPZ3Importer::parseAltGeom,     // ModeAltGeom      alternate geometry
     nullptr,                          // ModeInkyChain    IK chain
     nullptr,                          // ModeParmChannel  value-parameter body
     nullptr,                          // ModeGroups       channel groups
@@ -116,6 +118,16 @@ void OvPZ3Importer::closeSectionStep() {
         m_ignoreKeys = false;
         m_isColorChannel = false;
         break;
+    case ModeChannels:
+        // Nested channels sections close into their outer one; only the outermost fixes the order.
+        if (m_modeStack.size() < 2 || m_modeStack[m_modeStack.size() - 2] != ModeChannels) {
+            if (m_curNode) {
+                OvPz3NodeItem *item = getNodeItem(m_curNode);
+                if (item->rotAxisCount > 0)
+                    item->rotOrderFixed = true;
+            }
+        }
+        break;
     case ModeObject:
         m_foundOnFollowTarget = false;
         m_jointParmsSeen = false;
@@ -185,8 +197,20 @@ void OvPZ3Importer::askToAddFrames() {
     // Keys are not read yet, so a pose never reaches past the play range.
 }
 
+// Parents named by smartparent lines, applied once every node exists.
 void OvPZ3Importer::applySmartParents() {
-    // Smart parents are recorded by object sections, which this build does not read yet.
+    for (const auto &item : m_nodeItems) {
+        if (!item->smartParent || item->smartParent == item->node)
+            continue;
+        // A parent that hangs below the node would make a cycle: the host refuses it, and so do we.
+        if (item->node->isAncestorOf(item->smartParent))
+            continue;
+        if (OvNode *parent = item->node->getNodeParent())
+            parent->removeNodeChild(item->node, false);
+        else
+            OvApp::getScene()->removeNode(item->node);
+        item->smartParent->addNodeChild(item->node, false);
+    }
 }
 
 void OvPZ3Importer::convertSubDivisions() {
@@ -194,6 +218,17 @@ void OvPZ3Importer::convertSubDivisions() {
     m_subDNodes.clear();
 }
 
-void OvPZ3Importer::recordSourceFiles(const QString &) {
-    // Source-file records go on the objects an import creates; this build creates none yet.
+// Every top-level object this import registered remembers the file it came from.
+void OvPZ3Importer::recordSourceFiles(const QString &fileName) {
+    if (m_applyToSelection)
+        return;
+    for (int i = 0; i < m_sceneItems.size(); ++i) {
+        OvNode *node = m_sceneItems[i].node;
+        if (!node)
+            continue;
+        if (auto *data = dynamic_cast<OvSourceFileData *>(node->findDataItem(QStringLiteral("SourceFileData"))))
+            data->setSourceFilePath(fileName);
+        else
+            node->addDataItem(new OvSourceFileData(fileName));
+    }
 }
