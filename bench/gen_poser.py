@@ -17,7 +17,7 @@ def main():
     rnd = random.Random(4242)
     with open(out, "w", newline="\n") as f:
         w = f.write
-        w("{\n\nversion\n\t{\n\tnumber 4.01\n\t}\nfigureResFile :Runtime:Geometries:bench:bench.obj\n")
+        w("{\n\nversion\n\t{\n\tnumber 4.01\n\t}\n")
         for a in range(actors):
             name = f"part{a}:1"
             w(f"actor {name}\n\t{{\n\tstorageOffset 0 0 0\n\tgeomHandlerGeom 13 part{a}\n\t}}\n")

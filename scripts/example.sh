@@ -5,3 +5,6 @@ cd "$(dirname "$0")/.."
 scripts/setup.sh build
 echo "== examples/obj/table.obj"
 build/bin/ovimport examples/obj/table.obj
+echo
+echo "== examples/poser/Runtime/libraries/scene/studio.pz3 (content folder examples/poser)"
+build/bin/ovimport examples/poser/Runtime/libraries/scene/studio.pz3 --content examples/poser
