@@ -10,6 +10,9 @@ namespace {
 struct AppState {
     QString status;
     int progressPauses = 0;
+    QString progressText;
+    int progressDepth = 0;
+    int progressStarts = 0;
     QList<OvApp::LogEntry> log;
     OvContentMgr contentMgr;
     OvImageMgr imageMgr;
@@ -27,6 +30,23 @@ AppState &state() {
 
 void OvApp::statusLine(const QString &text, bool) { state().status = text; }
 QString OvApp::currentStatus() { return state().status; }
+
+void OvApp::startProgress(const QString &text, int, bool, bool) {
+    AppState &s = state();
+    if (s.progressDepth++ == 0)
+        s.progressText = text;
+    ++s.progressStarts;
+}
+
+void OvApp::finishProgress() {
+    AppState &s = state();
+    if (s.progressDepth > 0)
+        --s.progressDepth;
+}
+
+QString OvApp::progressText() { return state().progressText; }
+int OvApp::progressDepth() { return state().progressDepth; }
+int OvApp::progressStarts() { return state().progressStarts; }
 
 void OvApp::pauseProgress() { ++state().progressPauses; }
 void OvApp::resumeProgress() {
@@ -57,6 +77,9 @@ void OvApp::reset() {
     AppState &s = state();
     s.status.clear();
     s.progressPauses = 0;
+    s.progressText.clear();
+    s.progressDepth = 0;
+    s.progressStarts = 0;
     s.log.clear();
     s.contentMgr = OvContentMgr();
     s.imageMgr.clear();

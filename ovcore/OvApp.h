@@ -24,6 +24,15 @@ public:
     static void statusLine(const QString &text, bool update = true);
     static QString currentStatus();
 
+    // Progress display of a long step; calls nest, the outermost text is the one shown.
+    static void startProgress(const QString &text, int steps = 0, bool cancellable = false, bool showNow = false);
+    static void finishProgress();
+    // Text of the current (or else the last) outermost display; open displays.
+    static QString progressText();
+    static int progressDepth();
+    // How many progress displays were started since the last reset.
+    static int progressStarts();
+
     static void pauseProgress();
     static void resumeProgress();
     static bool isProgressPaused();

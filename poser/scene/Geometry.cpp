@@ -1,0 +1,360 @@
+// Geometry files read once per importer and shared by every shape cut from them; the geometry
+// keywords of object sections and the alternate-geometry section.
+#include "../OvPZ3Importer.h"
+#include "../Pz3InputFile.h"
+
+#include <OvApp.h>
+#include <OvFileIO.h>
+#include <OvNode.h>
+#include <OvPolyMesh.h>
+#include <OvSettings.h>
+#include <OvShape.h>
+#include <OvSkeleton.h>
+#include <QtDebug>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <obj/OvObjImporter.h>
+
+namespace {
+
+bool is(const char *token, const char *keyword) {
+    return std::strcmp(token, keyword) == 0;
+}
+
+template <class T> T *make() {
+    T *p = new (std::nothrow) T;
+    if (!p)
+        throw QString("Out of Memory");
+    return p;
+}
+
+const QString kGeomSourceData = QStringLiteral("GeomSourceFileData");
+
+// Poser geometry is always read the same way, whatever the user last chose for OBJ imports:
+// Poser units, Y up, groups and texture coordinates kept, no material library.
+OvFileIOSettings geometrySettings() {
+    OvFileIOSettings settings;
+    settings.setFloatValue(QStringLiteral("Scale"), POSER_UNIT_CM);
+    settings.setBoolValue(QStringLiteral("SwapYZ"), false);
+    settings.setBoolValue(QStringLiteral("IncludeG"), true);
+    settings.setBoolValue(QStringLiteral("IncludeVT"), true);
+    settings.setBoolValue(QStringLiteral("IncludeUsemtl"), true);
+    settings.setBoolValue(QStringLiteral("IncludeMtllib"), false);
+    return settings;
+}
+
+OvObject *objectOf(OvNode *node) {
+    OvObject *object = node->getObject();
+    if (!object) {
+        object = make<OvObject>();
+        node->setObject(object);
+    }
+    return object;
+}
+
+int vertexCount(const OvShape *shape) {
+    auto *mesh = shape ? dynamic_cast<const OvPolyMesh *>(shape->getGeometry()) : nullptr;
+    return mesh ? mesh->getNumVertices() : 0;
+}
+
+void recordSource(OvShape *shape, const QString &path, const QString &group) {
+    if (auto *data = dynamic_cast<OvGeomSourceFileData *>(shape->findDataItem(kGeomSourceData))) {
+        data->setSourceFilePath(path);
+        data->setGroupName(group);
+        return;
+    }
+    auto *data = new (std::nothrow) OvGeomSourceFileData(path, group);
+    if (!data)
+        throw QString("Out of Memory");
+    shape->addDataItem(data);
+}
+
+// The figure's (or prop's) material of that name, made on first use, so that every shape of one
+// figure shares one material per name.
+OvMaterial *sharedMaterial(OvPz3SceneItem *item, const QString &name) {
+    OvTSharedPointer<OvMaterial> material = item->findMaterial(name);
+    if (!material) {
+        auto *made = make<OvDefaultMaterial>();
+        made->setName(name);
+        material = made;
+        item->materials.append(material);
+    }
+    return material.get(); // the item's list keeps it alive
+}
+
+bool isDeformer(const OvNode *node) {
+    return node->inherits("OvDForm") || node->inherits("OvDFormZone") || node->inherits("OvDFormBase");
+}
+
+// Poser paths use ':' as separator unless they are Windows paths.
+QString withSlashes(const QString &path) {
+    QString p = path;
+    if (!p.contains(QLatin1Char('\\')))
+        p.replace(QLatin1Char(':'), QLatin1Char('/'));
+    p.replace(QLatin1Char('\\'), QLatin1Char('/'));
+    return p;
+}
+
+} // namespace
+
+// ---- cache entries ----
+
+OvPz3GeomItem::~OvPz3GeomItem() {
+    delete shape;
+}
+
+void OvPz3GeomItem::loadGeometry(const QString &resolvedPath) {
+    path = resolvedPath;
+    std::unique_ptr<OvObjImporter> importer(make<OvObjImporter>());
+    OvShape *read = nullptr;
+    importer->readShape(resolvedPath, &read, geometrySettings());
+    importer.reset();
+
+    auto *poly = dynamic_cast<OvPolyShape *>(read);
+    if (!poly) {
+        delete read;
+        return;
+    }
+    delete shape;
+    shape = poly;
+    if (poly->getPolyMesh()) {
+        QString name = OvFileIO::getShortFileName(resolvedPath);
+        const int dot = name.lastIndexOf(QLatin1Char('.'));
+        if (dot > 0)
+            name.truncate(dot);
+        poly->setName(QStringLiteral("%1_%2").arg(name).arg(vertexCount(poly)));
+    }
+}
+
+void OvPz3GeomItem::addShapeTo(OvNode *node, OvPz3SceneItem *sceneItem, const QString &label) {
+    if (!node || !sceneItem || !shape)
+        return;
+    std::unique_ptr<OvPolyShape> made(make<OvPolyShape>());
+    made->setPolyMesh(shape->getPolyMesh());
+    made->setLabel(label);
+    made->setName(shape->getName());
+    recordSource(made.get(), path, QString());
+    // Same order as the cached shape, so the shared mesh's face material indices stay right.
+    for (int i = 0; i < shape->getNumMaterials(); ++i)
+        made->addMaterial(sharedMaterial(sceneItem, shape->getMaterial(i)->getName()));
+
+    OvObject *object = objectOf(node);
+    object->addShape(made.release(), -1);
+    OvEnumProperty *geometrySwitch = object->getGeometryControl();
+    geometrySwitch->setValue(geometrySwitch->getNumItems() - 1);
+}
+
+void OvPz3GeomItem::addGroupShapeTo(OvNode *node, const QString &group, OvPz3SceneItem *sceneItem) {
+    if (!node || !sceneItem)
+        return;
+    std::unique_ptr<OvPolyShape> made(make<OvPolyShape>());
+    if (shape)
+        made->setName(QStringLiteral("%1_%2").arg(shape->getName(), group));
+    made->setLabel(group);
+    recordSource(made.get(), path, group);
+    OvPolyShape *part = made.get();
+    objectOf(node)->addShape(made.release(), -1);
+
+    const OvPolyMesh *whole = shape ? shape->getPolyMesh() : nullptr;
+    if (!whole || whole->findFaceGroup(group) < 0)
+        return;
+    std::vector<int> used;
+    OvPolyMesh *mesh = whole->createMeshFromGroup(group, &used);
+    if (!mesh)
+        return;
+    part->setPolyMesh(mesh);
+    // The cut mesh numbers its face materials by position in `used`.
+    for (int index : used) {
+        const QString name = index >= 0 && index < shape->getNumMaterials()
+                                 ? shape->getMaterial(index)->getName()
+                                 : QStringLiteral("default");
+        part->addMaterial(sharedMaterial(sceneItem, name));
+    }
+}
+
+// ---- the cache ----
+
+bool OvPZ3Importer::locateGeometry(const QString &path, QString &found, bool ask) {
+    if (findContentFile(path, found, false))
+        return true;
+    // Geometry is often shipped compressed under the same name.
+    if (findContentFile(OvFileIO::changeFileExtension(path, QStringLiteral("obz")), found, false))
+        return true;
+    if (ask)
+        return locateFile(withSlashes(path), found, false);
+    return false;
+}
+
+OvPz3GeomItem *OvPZ3Importer::getGeometry(const QString &path) {
+    QString found;
+    if (!locateGeometry(path, found, true))
+        return nullptr;
+    for (const auto &item : m_geomItems)
+        if (item->path == found)
+            return item.get();
+
+    OvApp::startProgress(tr("Importing %1 ...").arg(m_fileName), 0, false, false);
+    m_geomItems.emplace_back(make<OvPz3GeomItem>());
+    OvPz3GeomItem *entry = m_geomItems.back().get();
+    try {
+        entry->loadGeometry(found);
+    } catch (...) {
+        // The entry stays without a shape, so the file is not tried again.
+        qDebug("Error in OvPZ3Importer::getGeometry()");
+    }
+    OvApp::finishProgress();
+    return entry;
+}
+
+// ---- object-section keywords ----
+
+bool OvPZ3Importer::parseGeometryKeyword(char **argv, int argc, bool &handled) {
+    handled = true;
+    const char *key = argv[0];
+
+    if (is(key, "geomCustom")) {
+        if (!m_curNode)
+            return true;
+        OvPz3SceneItem *item = findSceneItem(m_curFigure);
+        OvObject *object = objectOf(m_curNode);
+        // The block's braces are read by the OBJ reader too ('{' is no OBJ keyword, '}' ends the
+        // read), so the section stack never sees them.
+        std::unique_ptr<OvObjImporter> importer(make<OvObjImporter>());
+        OvShape *shape = nullptr;
+        importer->readObj(*m_file, &shape, m_file->m_lineNumber, geometrySettings());
+        importer.reset();
+        if (!shape)
+            return false;
+        const QString nodeName = m_curNode->getName();
+        if (shape->getGeometry()) {
+            const QString name = QStringLiteral("%1_%2").arg(nodeName).arg(vertexCount(shape));
+            shape->setName(name);
+            object->setName(name);
+        }
+        if (item)
+            for (int i = 0; i < shape->getNumMaterials(); ++i)
+                item->materials.append(shape->getMaterial(i));
+        shape->setLabel(nodeName);
+        object->addShape(shape, -1);
+        return true;
+    }
+
+    if (is(key, "geomHandlerGeom")) {
+        if (!m_curFigure)
+            return true;
+        if (argc < 3) {
+            reportError(tr("Insufficient arguments"));
+            return false;
+        }
+        if (!m_curNode || !m_curGeom)
+            return true;
+        OvPz3SceneItem *item = findSceneItem(m_curFigure);
+        if (!item) {
+            OvFileIO::error(tr("No item found for geomHandlerGeom."));
+            return false;
+        }
+        m_curGeom->addGroupShapeTo(m_curNode, OvFileIO::decodeText(argv[2]), item);
+        return true;
+    }
+
+    if (is(key, "alternateGeom")) {
+        if (!m_curFigure)
+            qDebug("NULL object for alternateGeom");
+        m_altGeomName.clear();
+        m_parseMode = ModeAltGeom;
+        return true;
+    }
+
+    if (is(key, "objFileGeom")) {
+        if (!m_curFigure)
+            return true;
+        if (argc < 4) {
+            reportError(tr("No filename was specified"));
+            return false;
+        }
+        if (!m_curNode)
+            return true;
+        const QString path = tokenText(argv, 3, argc);
+        QString found;
+        if (!locateGeometry(path, found, true))
+            found = path;
+        if (!m_curNode->findDataItem(kGeomSourceData)) {
+            auto *data = new (std::nothrow) OvGeomSourceFileData(found, QString());
+            if (!data)
+                throw QString("Out of Memory");
+            m_curNode->addDataItem(data);
+        }
+        // Deformer props keep the record of their geometry but show none.
+        if (isDeformer(m_curNode))
+            return true;
+        OvPz3SceneItem *item = findSceneItem(m_curFigure);
+        if (!item) {
+            OvFileIO::error(tr("No item found for objFileGeom."));
+            return false;
+        }
+        OvPz3GeomItem *entry = getGeometry(path);
+        if (!entry)
+            return true;
+        entry->addShapeTo(m_curNode, item, m_curNode->getName());
+        if (!m_curNode->inherits("OvBone") && entry->shape)
+            objectOf(m_curNode)->setName(QStringLiteral("%1_%2")
+                                             .arg(OvFileIO::getBaseFileName(withSlashes(path)))
+                                             .arg(vertexCount(entry->shape)));
+        return true;
+    }
+
+    handled = false;
+    return true;
+}
+
+// ---- alternateGeom sections ----
+
+bool OvPZ3Importer::parseAltGeom(char **argv, int argc) {
+    if (!m_curNode)
+        qDebug("NULL m_curNode for parseAltGeom");
+    const char *key = argv[0];
+
+    if (is(key, "name")) {
+        if (argc < 2) {
+            reportError(tr("No name was specified for altGeom"));
+            return false;
+        }
+        m_altGeomName = tokenText(argv, 1, argc);
+        return true;
+    }
+
+    if (!is(key, "objFile"))
+        return true;
+    if (argc < 3) {
+        reportError(tr("No OBJ file was specified for altGeom"));
+        return false;
+    }
+    if (!m_curNode)
+        return true;
+    OvPz3SceneItem *item = findSceneItem(m_curFigure);
+    m_curGeom = getGeometry(tokenText(argv, 2, argc));
+    if (m_curGeom)
+        m_curGeom->addShapeTo(m_curNode, item, m_altGeomName);
+
+    // Switching the body part to "Genitals Off" also switches the genital bone to an empty shape.
+    if (m_altGeomName != QLatin1String("Genitals Off"))
+        return true;
+    OvSkeleton *skeleton = m_curNode->getSkeleton();
+    OvBone *genital = skeleton ? skeleton->findBone(QStringLiteral("genital")) : nullptr;
+    if (!genital)
+        return true;
+    OvPolyShape *placeholder = make<OvPolyShape>();
+    placeholder->setName(QStringLiteral("genital_0"));
+    placeholder->setLabel(QStringLiteral("Genitals Off"));
+    objectOf(genital)->addShape(placeholder, -1);
+
+    auto *link = new (std::nothrow) OvERCLink(objectOf(m_curNode)->getGeometryControl(), 1.0, 0.0);
+    if (!link)
+        throw QString("Out of Memory");
+    link->setName(QStringLiteral("Genitals Off Link"));
+    OvEnumProperty *genitalSwitch = genital->getObject()->getGeometryControl();
+    genitalSwitch->insertController(link, -1);
+    genitalSwitch->setHidden(true);
+    return true;
+}
