@@ -59,16 +59,18 @@ bool OvScene::contains(const OvNode *node) const {
     return std::find(m_nodes.begin(), m_nodes.end(), top) != m_nodes.end();
 }
 
-static int removeFromChildren(OvNode *parent, const char *className) {
+static int removeFromChildren(OvNode *parent, const char *className, OvNode *&selection) {
     int removed = 0;
     for (int i = parent->getNumNodeChildren() - 1; i >= 0; --i) {
         OvNode *child = parent->getNodeChild(i);
         if (child->inherits(className)) {
+            if (selection && (selection == child || child->isAncestorOf(selection)))
+                selection = nullptr;
             parent->removeNodeChild(child);
             delete child;
             ++removed;
         } else {
-            removed += removeFromChildren(child, className);
+            removed += removeFromChildren(child, className, selection);
         }
     }
     return removed;
@@ -85,7 +87,7 @@ int OvScene::removeNodesOfClass(const char *className) {
             delete node;
             ++removed;
         } else {
-            removed += removeFromChildren(node, className);
+            removed += removeFromChildren(node, className, m_selection);
         }
     }
     return removed;

@@ -2,9 +2,12 @@
 
 OvSkeleton::OvSkeleton() : m_follow(addProperty(new OvSkeletonProperty(QStringLiteral("Follow")))) {}
 
+// A figure parented to one of this figure's nodes keeps its own bones.
 static void collectBones(const OvNode *node, QList<OvBone *> &out) {
     for (int i = 0; i < node->getNumNodeChildren(); ++i) {
         OvNode *c = node->getNodeChild(i);
+        if (qobject_cast<OvSkeleton *>(c))
+            continue;
         if (auto *bone = qobject_cast<OvBone *>(c))
             out.append(bone);
         collectBones(c, out);

@@ -14,9 +14,9 @@ class OvSkeleton : public OvNode {
 public:
     OvSkeleton();
 
-    // The bone with this object name anywhere below the skeleton.
+    // The first bone of getAllBones with this object name.
     OvBone *findBone(const QString &name) const;
-    // Every bone below the skeleton, depth first in child order.
+    // Every bone below the skeleton, depth first in child order; a figure parented below keeps its own.
     QList<OvBone *> getAllBones() const;
 
     // The figure this one conforms to (follows), through its follow property.

@@ -1,10 +1,15 @@
 #include "SceneInvariants.h"
 
+#include <OvDeformers.h>
+#include <OvModifiers.h>
 #include <OvNode.h>
 #include <OvPolyMesh.h>
 #include <OvScene.h>
 #include <OvShape.h>
+#include <OvSkeleton.h>
+#include <QHash>
 #include <QSet>
+#include <algorithm>
 
 QStringList checkMeshInvariants(const OvPolyMesh &mesh, int materialCount) {
     QStringList problems;
@@ -25,18 +30,24 @@ QStringList checkMeshInvariants(const OvPolyMesh &mesh, int materialCount) {
         const int *v = mesh.getFaceVertices(f), *t = mesh.getFaceUVs(f);
         for (int c = 0; c < n; ++c) {
             if (v[c] < 0 || v[c] >= nv)
-                problems << where + QStringLiteral(": face %1 vertex %2 outside 0..%3").arg(f).arg(v[c]).arg(nv - 1);
+                problems
+                    << where +
+                           QStringLiteral(": face %1 vertex %2 outside 0..%3").arg(f).arg(v[c]).arg(nv - 1);
             if (t[c] < 0 || t[c] >= nuv)
-                problems << where + QStringLiteral(": face %1 uv %2 outside 0..%3").arg(f).arg(t[c]).arg(nuv - 1);
+                problems << where +
+                                QStringLiteral(": face %1 uv %2 outside 0..%3").arg(f).arg(t[c]).arg(nuv - 1);
         }
         int m = mesh.getFaceMaterial(f);
         if (m < 0 || (materialCount >= 0 && m >= materialCount))
-            problems << where + QStringLiteral(": face %1 material %2 of %3").arg(f).arg(m).arg(materialCount);
+            problems << where +
+                            QStringLiteral(": face %1 material %2 of %3").arg(f).arg(m).arg(materialCount);
         if (problems.size() > 20)
             return problems;
     }
     if (corners != mesh.getNumCorners())
-        problems << where + QStringLiteral(": %1 corners counted, %2 stored").arg(corners).arg(mesh.getNumCorners());
+        problems
+            << where +
+                   QStringLiteral(": %1 corners counted, %2 stored").arg(corners).arg(mesh.getNumCorners());
     QSet<QString> names;
     for (int g = 0; g < mesh.getNumFaceGroups(); ++g) {
         const QString &name = mesh.getFaceGroupName(g);
@@ -72,40 +83,188 @@ QStringList checkShapeInvariants(const OvShape &shape) {
     return problems;
 }
 
-QStringList checkNodeInvariants(const OvNode &node) {
-    QStringList problems;
-    for (int i = 0; i < node.getNumNodeChildren(); ++i) {
-        const OvNode *child = node.getNodeChild(i);
-        if (!child) {
-            problems << QStringLiteral("node \"%1\": null child %2").arg(node.getName()).arg(i);
-            continue;
-        }
-        if (child->getNodeParent() != &node)
-            problems << QStringLiteral("node \"%1\": child \"%2\" names another parent")
-                            .arg(node.getName(), child->getName());
-        problems << checkNodeInvariants(*child);
+namespace {
+
+// One walk over a tree. Pointers to other scene objects are only looked up in the sets gathered
+// beforehand, never followed: a dangling one must become a problem line, not a crash.
+class Checker {
+public:
+    // With a scene, references between nodes (follow targets, welds, deformer wiring, ERC sources)
+    // must point into it; without one they are not checked.
+    explicit Checker(const OvScene *scene) : m_checkLinks(scene != nullptr) {
+        if (scene)
+            for (int i = 0; i < scene->getNumNodes(); ++i)
+                if (scene->getNode(i))
+                    gather(*scene->getNode(i));
     }
-    if (const OvObject *object = node.getObject())
-        for (int i = 0; i < object->getNumShapes(); ++i)
-            problems << checkShapeInvariants(*object->getShape(i));
-    return problems;
+
+    void check(const OvNode &node) {
+        const QString where = QStringLiteral("node \"%1\"").arg(node.getName());
+        for (int i = 0; i < node.getNumNodeChildren(); ++i) {
+            const OvNode *child = node.getNodeChild(i);
+            if (!child) {
+                problems << where + QStringLiteral(": null child %1").arg(i);
+                continue;
+            }
+            if (child->getNodeParent() != &node)
+                problems << where +
+                                QStringLiteral(": child \"%1\" names another parent").arg(child->getName());
+            check(*child);
+        }
+        if (qobject_cast<const OvBone *>(&node) && !node.getSkeleton())
+            problems << where + QStringLiteral(": bone outside any skeleton");
+        checkProperties(where, node);
+        if (const OvObject *object = node.getObject())
+            checkObject(where, *object);
+        if (!m_checkLinks)
+            return;
+        if (auto *skeleton = qobject_cast<const OvSkeleton *>(&node))
+            for (const OvSkeleton::Weld &weld : skeleton->getWelds())
+                if (!linkAlive(weld.bone) || !linkAlive(weld.target))
+                    problems << where + QStringLiteral(": weld to a node not in the scene");
+        if (auto *dform = qobject_cast<const OvDForm *>(&node)) {
+            if (!linkAlive(dform->getBase()))
+                problems << where + QStringLiteral(": deformer base not in the scene");
+            for (const OvDFormZone *zone : dform->getZones())
+                if (!zone || !linkAlive(zone))
+                    problems << where + QStringLiteral(": deformer zone not in the scene");
+        }
+    }
+
+    QStringList problems;
+
+private:
+    void gatherProperty(const OvProperty *p) {
+        if (p)
+            m_properties.insert(p);
+    }
+
+    void gather(const OvNode &node) {
+        m_nodes.insert(&node);
+        for (int i = 0; i < node.getNumProperties(); ++i)
+            gatherProperty(node.getProperty(i));
+        if (const OvObject *object = node.getObject()) {
+            for (int i = 0; i < object->getNumProperties(); ++i)
+                gatherProperty(object->getProperty(i));
+            for (int i = 0; i < object->getNumModifiers(); ++i) {
+                OvModifier *m = object->getModifier(i);
+                if (auto *joint = dynamic_cast<OvPoserJoint *>(m))
+                    gatherProperty(joint->getBendControl());
+                else if (auto *dform = dynamic_cast<OvDFormModifier *>(m))
+                    gatherProperty(dform->getValueChannel());
+            }
+        }
+        for (int i = 0; i < node.getNumNodeChildren(); ++i)
+            if (node.getNodeChild(i))
+                gather(*node.getNodeChild(i));
+    }
+
+    // Null means "no link" and is fine.
+    bool linkAlive(const OvNode *target) const { return !target || m_nodes.contains(target); }
+
+    void checkProperty(const QString &where, const OvProperty &p) {
+        if (!m_checkLinks)
+            return;
+        if (auto *s = dynamic_cast<const OvSkeletonProperty *>(&p); s && !linkAlive(s->getValue()))
+            problems << where + QStringLiteral(": property %1 refers to a skeleton not in the scene")
+                                    .arg(p.getName());
+        for (int i = 0; i < p.getNumControllers(); ++i) {
+            auto *link = dynamic_cast<const OvERCLink *>(p.getController(i));
+            if (link && link->getSource() && !m_properties.contains(link->getSource()))
+                problems << where + QStringLiteral(": property %1 follows a property of no node in the scene")
+                                        .arg(p.getName());
+        }
+    }
+
+    void checkProperties(const QString &where, const OvElement &e) {
+        for (int i = 0; i < e.getNumProperties(); ++i)
+            checkProperty(where, *e.getProperty(i));
+    }
+
+    void checkObject(const QString &where, const OvObject &object) {
+        checkProperties(where, object);
+        const OvEnumProperty *geometry = object.getGeometryControl();
+        const int shapes = object.getNumShapes();
+        if (geometry->getNumItems() != shapes)
+            problems << where + QStringLiteral(": geometry switch has %1 items for %2 shapes")
+                                    .arg(geometry->getNumItems())
+                                    .arg(shapes);
+        if (shapes > 0 && (geometry->getValue() < 0 || geometry->getValue() >= shapes))
+            problems << where + QStringLiteral(": geometry switch shows shape %1 of %2")
+                                    .arg(geometry->getValue())
+                                    .arg(shapes);
+        for (int i = 0; i < object.getNumModifiers(); ++i) {
+            auto *dform = dynamic_cast<OvDFormModifier *>(object.getModifier(i));
+            if (dform) {
+                if (m_checkLinks && !linkAlive(dform->getDForm()))
+                    problems << where + QStringLiteral(
+                                            ": deformer modifier %1 refers to a deformer not in the scene")
+                                            .arg(dform->getName());
+                checkProperty(where, *dform->getValueChannel());
+            }
+        }
+        for (int i = 0; i < shapes; ++i)
+            checkShape(*object.getShape(i));
+    }
+
+    // A mesh that several shapes share is checked once; each shape still needs a material for
+    // every index the mesh's faces use.
+    void checkShape(const OvShape &shape) {
+        for (int i = 0; i < shape.getNumMaterials(); ++i)
+            if (!shape.getMaterial(i))
+                problems << QStringLiteral("shape \"%1\": material %2 is null").arg(shape.getName()).arg(i);
+        auto *mesh = dynamic_cast<const OvPolyMesh *>(shape.getGeometry());
+        if (!mesh)
+            return;
+        auto known = m_highestMaterial.constFind(mesh);
+        int highest = -1;
+        if (known != m_highestMaterial.constEnd()) {
+            highest = *known;
+        } else {
+            problems << checkMeshInvariants(*mesh);
+            for (int f = 0; f < mesh->getNumFaces(); ++f)
+                highest = std::max(highest, mesh->getFaceMaterial(f));
+            m_highestMaterial.insert(mesh, highest);
+        }
+        if (highest >= shape.getNumMaterials())
+            problems << QStringLiteral("shape \"%1\": its mesh uses material %2 of %3")
+                            .arg(shape.getName())
+                            .arg(highest)
+                            .arg(shape.getNumMaterials());
+    }
+
+    bool m_checkLinks;
+    QSet<const OvNode *> m_nodes;
+    QSet<const OvProperty *> m_properties;
+    QHash<const OvPolyMesh *, int> m_highestMaterial;
+};
+
+} // namespace
+
+QStringList checkNodeInvariants(const OvNode &node) {
+    Checker checker(nullptr);
+    checker.check(node);
+    return checker.problems;
 }
 
 QStringList checkSceneInvariants(const OvScene &scene) {
-    QStringList problems;
+    Checker checker(&scene);
     QSet<const OvNode *> seen;
     for (int i = 0; i < scene.getNumNodes(); ++i) {
         const OvNode *node = scene.getNode(i);
         if (!node) {
-            problems << QStringLiteral("scene: null node %1").arg(i);
+            checker.problems << QStringLiteral("scene: null node %1").arg(i);
             continue;
         }
         if (node->getNodeParent())
-            problems << QStringLiteral("scene: top-level node \"%1\" has a parent").arg(node->getName());
-        if (seen.contains(node))
-            problems << QStringLiteral("scene: node \"%1\" listed twice").arg(node->getName());
+            checker.problems
+                << QStringLiteral("scene: top-level node \"%1\" has a parent").arg(node->getName());
+        if (seen.contains(node)) {
+            checker.problems << QStringLiteral("scene: node \"%1\" listed twice").arg(node->getName());
+            continue;
+        }
         seen.insert(node);
-        problems << checkNodeInvariants(*node);
+        checker.check(*node);
     }
-    return problems;
+    return checker.problems;
 }
