@@ -82,6 +82,10 @@ TEST_P(GoldenImport, MatchesReference) {
 
 const QString kTable = QStringLiteral("$SRC/examples/obj/table.obj");
 const QString kFixtures = QStringLiteral("$SRC/tests/fixtures/golden/");
+const QString kPoserContent = QStringLiteral("$SRC/examples/poser");
+const QString kStudio = QStringLiteral("$SRC/examples/poser/Runtime/libraries/scene/studio.pz3");
+
+void PrintTo(const GoldenCase &c, std::ostream *os) { *os << c.reference; }
 
 INSTANTIATE_TEST_SUITE_P(
     Golden, GoldenImport,
@@ -97,7 +101,17 @@ INSTANTIATE_TEST_SUITE_P(
                                  0},
                       GoldenCase{"tri-obz.json", {kFixtures + "tri.obz", "--json", "-"}, 0},
                       GoldenCase{"badindex.json", {kFixtures + "badindex.obj", "--json", "-"}, 0},
-                      GoldenCase{"missing.json", {kFixtures + "missing.obj", "--json", "-"}, 1}),
+                      GoldenCase{"missing.json", {kFixtures + "missing.obj", "--json", "-"}, 1},
+                      GoldenCase{"studio.txt", {kStudio, "--content", kPoserContent}, 0},
+                      GoldenCase{"studio.json", {kStudio, "--content", kPoserContent, "--json", "-"}, 0},
+                      GoldenCase{"doll-cr2.json",
+                                 {"$SRC/examples/poser/Runtime/libraries/character/doll.cr2", "--content",
+                                  kPoserContent, "--json", "-", "--no-mesh-data"},
+                                 0},
+                      GoldenCase{"poser-damaged.json",
+                                 {kFixtures + "damaged.pz3", "--content", kPoserContent, "--json", "-",
+                                  "--no-mesh-data"},
+                                 1}),
     [](const ::testing::TestParamInfo<GoldenCase> &info) {
         std::string name = info.param.reference;
         for (char &ch : name)
