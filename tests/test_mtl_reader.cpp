@@ -107,7 +107,7 @@ TEST_F(MtlReader, MaterialsTheObjNeverSelectedChangeNothing) {
 
 TEST_F(MtlReader, TextureMapKeywords) {
     const QString colour = image("colour.png"), bump = image("bump.png"), bump2 = image("bump2.png");
-    const QString opacity = image("opacity.png"), refl = image("refl.png"), spec = image("spec.png");
+    const QString opacity = image("opacity.png"), refl = image("refl.png"), specular = image("specular.png");
     const QString ambient = image("ambient.png");
     writeFile(dir, "fake.png", "not an image");
     ASSERT_EQ(read("newmtl skin\n"
@@ -123,7 +123,7 @@ TEST_F(MtlReader, TextureMapKeywords) {
                    "map_Refl bump.png\n"
                    "newmtl eyes\n"
                    "map_Bump bump2.png\n"
-                   "map_Ks spec.png\n"
+                   "map_Ks specular.png\n"
                    "map_Kd\n"
                    "MAP_D opacity.png\n"),
               0u);
@@ -136,7 +136,7 @@ TEST_F(MtlReader, TextureMapKeywords) {
     EXPECT_EQ(path(skin->getReflectionMap()), refl);
     OvDefaultMaterial *eyes = material("eyes");
     EXPECT_EQ(path(eyes->getBumpMap()), bump2);
-    EXPECT_EQ(path(eyes->getSpecularColorMap()), spec);
+    EXPECT_EQ(path(eyes->getSpecularColorMap()), specular);
     EXPECT_EQ(eyes->getColorMap(), nullptr);
     EXPECT_EQ(eyes->getOpacityMap(), nullptr);
 }
