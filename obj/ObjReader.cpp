@@ -89,19 +89,18 @@ unsigned int OvObjImporter::readObj(OvTextInputFile &file, OvShape **shapeOut, i
                     if (key[1] == '\0') {
                         float p[3] = {0.0f, 0.0f, 0.0f};
                         if (argc >= 4) {
-                            p[0] = parsePoserFloat(av[1]) * m_scale;
-                            p[1] = parsePoserFloat(av[2]) * m_scale;
-                            p[2] = parsePoserFloat(av[3]) * m_scale;
+                            parsePoserFloats(av + 1, 3, p);
+                            p[0] = p[0] * m_scale;
+                            p[1] = p[1] * m_scale;
+                            p[2] = p[2] * m_scale;
                             if (m_swapYZ)
                                 swap.multVec(OvVec3(p)).getValue(p);
                         }
                         vertices.append(p[0], p[1], p[2]);
                     } else if (key[1] == 't' && m_includeVT) {
                         float uv[2] = {0.0f, 0.0f};
-                        if (argc >= 3) {
-                            uv[0] = parsePoserFloat(av[1]);
-                            uv[1] = parsePoserFloat(av[2]);
-                        }
+                        if (argc >= 3)
+                            parsePoserFloats(av + 1, 2, uv);
                         uvs->appendPnt2Value(uv);
                     }
                     break;
@@ -115,7 +114,10 @@ unsigned int OvObjImporter::readObj(OvTextInputFile &file, OvShape **shapeOut, i
                     int tex = 0;
                     const bool hasTex = argc > 1 && obj::faceTexIndex(av[1], tex);
                     const int faceLine = lineNumber;
-                    bool uvLess = false;
+                    // Neither count changes while a face is read.
+                    const int numVertices = mesh->getNumVertices();
+                    const int numUVs = uvs->getNumValues();
+                    const bool uvLess = numUVs == 0;
                     int prevUV = 0;
                     bool badFace = false;
                     QString badCorner; // copied: a continuation line reuses the token buffer
@@ -127,17 +129,17 @@ unsigned int OvObjImporter::readObj(OvTextInputFile &file, OvShape **shapeOut, i
                             i = -1; // the continuation line has no keyword
                             continue;
                         }
-                        int v = obj::resolveVertexIndex(obj::leadingInt(token), mesh->getNumVertices(), baseVertex);
+                        int value = 0, t = 0;
+                        bool tokenTex = false;
+                        if (!obj::readCorner(token, value, tokenTex, t)) {
+                            value = obj::leadingInt(token);
+                            tokenTex = obj::faceTexIndex(token, t);
+                        }
+                        int v = obj::resolveVertexIndex(value, numVertices, baseVertex);
                         int uv = 0;
-                        if (hasTex) {
-                            int n = uvs->getNumValues();
-                            if (n == 0)
-                                uvLess = true;
-                            if (!uvLess) {
-                                int t = 0;
-                                uv = obj::faceTexIndex(token, t) ? obj::resolveUVIndex(t, n, baseUV) : prevUV;
-                                prevUV = uv;
-                            }
+                        if (hasTex && !uvLess) {
+                            uv = tokenTex ? obj::resolveUVIndex(t, numUVs, baseUV) : prevUV;
+                            prevUV = uv;
                         }
                         if (!mesh->addFaceEdge(v, uv) && !badFace) {
                             badFace = true;

@@ -23,13 +23,12 @@ public:
     size_t blockSize() const { return m_blockVerts; }
 
     void append(float x, float y, float z) {
-        size_t block = m_count / m_blockVerts, slot = m_count % m_blockVerts;
-        if (block == m_blocks.size())
-            m_blocks.emplace_back(new float[3 * m_blockVerts]);
-        float *p = m_blocks[block].get() + 3 * slot;
-        p[0] = x;
-        p[1] = y;
-        p[2] = z;
+        if (m_next == m_blockEnd)
+            nextBlock();
+        m_next[0] = x;
+        m_next[1] = y;
+        m_next[2] = z;
+        m_next += 3;
         ++m_count;
     }
 
@@ -45,16 +44,31 @@ public:
             done += n;
         }
         m_count = 0;
+        m_next = m_blockEnd = nullptr;
     }
 
     void release() {
         m_blocks.clear();
         m_count = 0;
+        m_next = m_blockEnd = nullptr;
     }
 
 private:
+    // Moves the write position to the start of the block that takes vertex m_count.
+    void nextBlock() {
+        size_t block = m_count / m_blockVerts;
+        if (block == m_blocks.size()) {
+            std::unique_ptr<float[]> fresh(new float[3 * m_blockVerts]);
+            m_blocks.push_back(std::move(fresh));
+        }
+        m_next = m_blocks[block].get();
+        m_blockEnd = m_next + 3 * m_blockVerts;
+    }
+
     size_t m_blockVerts;
     size_t m_count = 0;
+    float *m_next = nullptr; // where the next vertex goes, inside the block of vertex m_count
+    float *m_blockEnd = nullptr;
     std::vector<std::unique_ptr<float[]>> m_blocks;
 };
 

@@ -187,6 +187,8 @@ bool OvTextInputFile::skipLongLineRest() {
 }
 
 bool OvTextInputFile::atEnd() {
+    if (m_begin < m_end && !m_skipping)
+        return false;
     if (!m_open)
         return true;
     skipLongLineRest();
@@ -196,6 +198,10 @@ bool OvTextInputFile::atEnd() {
 }
 
 int OvTextInputFile::tokenize(char *s, char *e, char **argv) {
+    // The byte at e (the end of line, the spare byte after the data, or the first byte of the
+    // discarded rest of a cut line) is not part of the line: a NUL there, which is a blank, lets the
+    // scan of a token run without a bound check.
+    *e = '\0';
     int argc = 0;
     char *p = s;
     for (;;) {
@@ -209,8 +215,9 @@ int OvTextInputFile::tokenize(char *s, char *e, char **argv) {
             p = q ? q : e;
         } else {
             argv[argc++] = p;
-            while (p < e && !isBlank(*p))
+            do
                 ++p;
+            while (!isBlank(*p));
         }
         *p = '\0'; // over the first character after the token (or the byte after the line)
         ++p;

@@ -1,15 +1,20 @@
 #pragma once
 // Containers of the host SDK: a growable array, a stack, an intrusive shared pointer and the
-// reference-counted base it needs, plus a realloc-backed array for bulk plain data (mesh arrays),
-// whose growth costs no copy on large blocks.
+// reference-counted base it needs, plus an array for bulk plain data (mesh arrays) whose growth
+// costs no copy on large blocks.
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
 #include <type_traits>
 #include <utility>
 #include <vector>
+
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
 
 class OvRefCountedItem {
 public:
@@ -107,28 +112,92 @@ private:
     std::vector<T> m_items;
 };
 
-// Array of trivially copyable values grown with realloc: glibc moves large blocks with mremap, so
-// growing a mesh array does not hold the old and the new block at once.
+namespace ovpod {
+
+// Blocks of at least this many bytes get mappings of their own, aligned to and sized in multiples of
+// 2 MiB and marked for transparent huge pages: filling a mesh array of many megabytes then costs a
+// few page faults instead of one per 4 KiB, and growing it moves page tables instead of copying.
+constexpr size_t kLargeBlock = size_t(2) << 20;
+
+#if defined(__linux__)
+// A fresh aligned mapping of `bytes` (a multiple of 4 KiB); null when there is no memory.
+inline void *mapLarge(size_t bytes) {
+    void *raw =
+        mmap(nullptr, bytes + kLargeBlock, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (raw == MAP_FAILED)
+        return nullptr;
+    uintptr_t r = reinterpret_cast<uintptr_t>(raw), a = (r + kLargeBlock - 1) & ~(kLargeBlock - 1);
+    if (a > r)
+        munmap(raw, a - r);
+    munmap(reinterpret_cast<void *>(a + bytes), r + kLargeBlock - a); // never empty: a < r + kLargeBlock
+    madvise(reinterpret_cast<void *>(a), bytes, MADV_HUGEPAGE);
+    return reinterpret_cast<void *>(a);
+}
+
+// Resizes a mapping of mapLarge; null (and the old mapping intact) when there is no memory.
+inline void *remapLarge(void *p, size_t oldBytes, size_t newBytes) {
+    if (newBytes <= oldBytes) {
+        if (newBytes < oldBytes)
+            munmap(static_cast<char *>(p) + newBytes, oldBytes - newBytes);
+        return p;
+    }
+    void *q = mremap(p, oldBytes, newBytes, 0); // in place when the address space after it is free
+    if (q != MAP_FAILED)
+        return q;
+    // Else onto a fresh aligned range, so that the huge pages move whole.
+    void *dst = mapLarge(newBytes);
+    if (!dst)
+        return nullptr;
+    q = mremap(p, oldBytes, newBytes, MREMAP_MAYMOVE | MREMAP_FIXED, dst);
+    if (q == MAP_FAILED) {
+        munmap(dst, newBytes);
+        return nullptr;
+    }
+    return q;
+}
+
+inline void unmapLarge(void *p, size_t bytes) {
+    munmap(p, bytes);
+}
+#else
+inline void *mapLarge(size_t bytes) {
+    return std::malloc(bytes);
+}
+inline void *remapLarge(void *p, size_t, size_t newBytes) {
+    return std::realloc(p, newBytes);
+}
+inline void unmapLarge(void *p, size_t) {
+    std::free(p);
+}
+#endif
+
+} // namespace ovpod
+
+// Array of trivially copyable values for bulk plain data (mesh arrays). Small blocks live on the
+// heap and grow with realloc; large ones are mappings of their own (see ovpod::kLargeBlock), so
+// growing a mesh array neither copies it nor holds the old and the new block at once.
 template <class T> class OvPodArray {
     static_assert(std::is_trivially_copyable<T>::value, "OvPodArray holds plain data only");
 
 public:
     OvPodArray() = default;
     OvPodArray(const OvPodArray &o) { assign(o.m_data, o.m_size); }
-    OvPodArray(OvPodArray &&o) noexcept : m_data(o.m_data), m_size(o.m_size), m_cap(o.m_cap) {
+    OvPodArray(OvPodArray &&o) noexcept
+        : m_data(o.m_data), m_size(o.m_size), m_cap(o.m_cap), m_mappedBytes(o.m_mappedBytes) {
         o.m_data = nullptr;
-        o.m_size = o.m_cap = 0;
+        o.m_size = o.m_cap = o.m_mappedBytes = 0;
     }
     OvPodArray &operator=(OvPodArray o) {
         swap(o);
         return *this;
     }
-    ~OvPodArray() { std::free(m_data); }
+    ~OvPodArray() { release(); }
 
     void swap(OvPodArray &o) noexcept {
         std::swap(m_data, o.m_data);
         std::swap(m_size, o.m_size);
         std::swap(m_cap, o.m_cap);
+        std::swap(m_mappedBytes, o.m_mappedBytes);
     }
     size_t size() const { return m_size; }
     size_t capacity() const { return m_cap; }
@@ -181,21 +250,61 @@ private:
         size_t cap = m_cap < 16 ? 16 : m_cap + m_cap / 2;
         reallocTo(cap < need ? need : cap);
     }
+    void release() {
+        if (m_mappedBytes)
+            ovpod::unmapLarge(m_data, m_mappedBytes);
+        else
+            std::free(m_data);
+        m_data = nullptr;
+        m_cap = m_mappedBytes = 0;
+    }
     void reallocTo(size_t cap) {
         if (cap == 0) {
-            std::free(m_data);
-            m_data = nullptr;
-            m_cap = 0;
+            release();
             return;
         }
-        void *p = std::realloc(m_data, cap * sizeof(T));
+        if (cap > (size_t(-1) - 4 * ovpod::kLargeBlock) / sizeof(T))
+            throw std::bad_alloc();
+        size_t bytes = cap * sizeof(T);
+        if (bytes < ovpod::kLargeBlock) {
+            void *p;
+            if (!m_mappedBytes) {
+                p = std::realloc(m_data, bytes);
+            } else {
+                p = std::malloc(bytes);
+                if (p)
+                    std::memcpy(p, m_data, std::min(m_size, cap) * sizeof(T));
+            }
+            if (!p)
+                throw std::bad_alloc();
+            if (m_mappedBytes)
+                release();
+            m_data = static_cast<T *>(p);
+            m_cap = cap;
+            return;
+        }
+        // Growth takes whole 2 MiB units (the huge pages); shrinking only gives back whole pages.
+        const size_t unit = cap > m_cap ? ovpod::kLargeBlock : size_t(4096);
+        size_t mapped = (bytes + unit - 1) & ~(unit - 1);
+        void *p;
+        if (m_mappedBytes) {
+            p = ovpod::remapLarge(m_data, m_mappedBytes, mapped);
+        } else {
+            p = ovpod::mapLarge(mapped);
+            if (p && m_size)
+                std::memcpy(p, m_data, std::min(m_size, cap) * sizeof(T));
+            if (p)
+                release();
+        }
         if (!p)
             throw std::bad_alloc();
         m_data = static_cast<T *>(p);
-        m_cap = cap;
+        m_mappedBytes = mapped;
+        m_cap = mapped / sizeof(T);
     }
 
     T *m_data = nullptr;
     size_t m_size = 0;
     size_t m_cap = 0;
+    size_t m_mappedBytes = 0; // size of the mapping when the block is a large one, else 0
 };

@@ -1,6 +1,8 @@
 #include "PoserFloat.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 namespace {
 
@@ -12,7 +14,9 @@ struct Mantissa {
     long long fraction = 0;
 };
 
-inline bool isExponentMark(char c) { return c == 'e' || c == 'E'; }
+inline bool isExponentMark(char c) {
+    return c == 'e' || c == 'E';
+}
 
 // Reads [p, end) into m; false when a character outside digits, signs and dots is met.
 bool readMantissa(const char *p, const char *end, Mantissa &m) {
@@ -79,11 +83,43 @@ float parseWithExponents(const char *s, const char *firstMark, const char *end) 
     return finish(head, exponentOf(inner));
 }
 
-} // namespace
+// Without an exponent mark, and while the digits read so far stay below this, every step of the
+// accumulation (v x 10, then + digit) is exact in single precision (the result is at most 2^24),
+// so an integer can stand in for v.
+const uint32_t kExactLimit = ((uint32_t(1) << 24) - 9) / 10;
 
-float parsePoserFloat(const char *s) {
-    if (!s || !*s)
-        return 0.0f;
+// The usual case: digits, dots and signs only, and few enough digits that the integer stays exact.
+// False for anything else; the general path then starts over from the first character.
+inline bool readPlain(const char *p, Mantissa &m) {
+    uint32_t n = 0;
+    long long fraction = 0;
+    bool dot = false, negative = false;
+    for (;; ++p) {
+        unsigned char c = static_cast<unsigned char>(*p);
+        unsigned d = unsigned(c) - '0';
+        if (d < 10) {
+            if (n > kExactLimit)
+                return false;
+            n = n * 10 + d;
+            fraction += dot;
+        } else if (c == '.') {
+            dot = true;
+        } else if (c == '-') {
+            negative = true;
+        } else if (c == '\0') {
+            break;
+        } else if (c != '+') {
+            return false;
+        }
+    }
+    m.v = float(n);
+    m.negative = negative;
+    m.dot = dot;
+    m.fraction = fraction;
+    return true;
+}
+
+float parseGeneral(const char *s) {
     Mantissa m;
     const char *p = s;
     for (;; ++p) {
@@ -108,5 +144,68 @@ float parsePoserFloat(const char *s) {
         } else {
             return 0.0f;
         }
+    }
+}
+
+} // namespace
+
+float parsePoserFloat(const char *s) {
+    if (!s || !*s)
+        return 0.0f;
+    Mantissa m;
+    return readPlain(s, m) ? finish(m, 0) : parseGeneral(s);
+}
+
+namespace {
+
+const int kMaxBatch = 4;
+
+// After this many divisions by 10 any value of readPlain (at most 2^24) has become 0, and stays 0,
+// so longer fractions can stop there.
+const long long kMaxDivisions = 64;
+
+// The fractional divisions form one chain of dependent divisions per number; running the chains of
+// a line side by side lets them overlap instead of waiting on each other.
+template <int N> void parseBatch(const char *const *tokens, float *out) {
+    float v[N];
+    long long divisions[N];
+    long long steps = 0;
+    for (int j = 0; j < N; ++j) {
+        const char *s = tokens[j];
+        Mantissa m;
+        if (s && *s && readPlain(s, m)) {
+            v[j] = m.negative ? -m.v : m.v;
+            divisions[j] = m.dot ? std::min(m.fraction, kMaxDivisions) : 0;
+        } else {
+            v[j] = s && *s ? parseGeneral(s) : 0.0f;
+            divisions[j] = 0;
+        }
+        steps = std::max(steps, divisions[j]);
+    }
+    for (long long i = 0; i < steps; ++i)
+        for (int j = 0; j < N; ++j)
+            if (i < divisions[j])
+                v[j] = v[j] / 10.0f;
+    for (int j = 0; j < N; ++j)
+        out[j] = v[j];
+}
+
+} // namespace
+
+void parsePoserFloats(const char *const *tokens, int count, float *out) {
+    for (; count >= kMaxBatch; count -= kMaxBatch, tokens += kMaxBatch, out += kMaxBatch)
+        parseBatch<kMaxBatch>(tokens, out);
+    switch (count) {
+    case 3:
+        parseBatch<3>(tokens, out);
+        break;
+    case 2:
+        parseBatch<2>(tokens, out);
+        break;
+    case 1:
+        parseBatch<1>(tokens, out);
+        break;
+    default:
+        break;
     }
 }

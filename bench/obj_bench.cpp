@@ -1,0 +1,378 @@
+// Throughput and peak memory of OvObjImporter::readShape against the floor of reading the same
+// bytes and counting lines, all measured in the same run on the same files.
+//
+//   obj_bench [--runs N] FILE.obj...   the table
+//   obj_bench --peak FILE.obj          one read in this process; prints its memory figures
+//
+// Throughput is the best of N runs (medians are printed as well), in wall-clock time and in CPU
+// time of the reading thread, which is the steadier figure on a busy machine. Peak memory is measured in a
+// fresh child process per file (this binary re-executed with --peak), so that nothing freed by an
+// earlier read is reused: the peak resident size during readShape minus the resident size right
+// before it, against the bytes of mesh data the read returned.
+#include <OvApp.h>
+#include <OvShape.h>
+#include <QCoreApplication>
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <fcntl.h>
+#include <obj/OvObjImporter.h>
+#include <string>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Wall-clock and CPU time of this thread (user and system) over one piece of work. On a machine
+// shared with other jobs the CPU time is the steadier of the two.
+struct Times {
+    double wall = 0, cpu = 0;
+};
+
+double threadCpuSeconds() {
+    timespec ts;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &ts);
+    return double(ts.tv_sec) + double(ts.tv_nsec) * 1e-9;
+}
+
+class Stopwatch {
+public:
+    Stopwatch() : m_wall(Clock::now()), m_cpu(threadCpuSeconds()) {}
+    Times elapsed() const {
+        return {std::chrono::duration<double>(Clock::now() - m_wall).count(), threadCpuSeconds() - m_cpu};
+    }
+
+private:
+    Clock::time_point m_wall;
+    double m_cpu;
+};
+
+const size_t kFloorPieces[] = {size_t(64) << 10, size_t(256) << 10, size_t(1) << 20};
+
+// Reads the whole file with read() into one reused piece of `piece` bytes and counts newlines.
+long long floorRead(const char *path, size_t piece, std::vector<char> &buf) {
+    int fd = ::open(path, O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return -1;
+    buf.resize(piece);
+    long long lines = 0;
+    for (;;) {
+        ssize_t n = ::read(fd, buf.data(), piece);
+        if (n <= 0)
+            break;
+        const char *p = buf.data(), *e = p + n;
+        while ((p = static_cast<const char *>(std::memchr(p, '\n', size_t(e - p))))) {
+            ++lines;
+            ++p;
+        }
+    }
+    ::close(fd);
+    return lines;
+}
+
+struct ReadResult {
+    unsigned code = 0;
+    Times time;
+    int vertices = 0, uvs = 0, faces = 0, materials = 0, groups = 0;
+    size_t meshBytes = 0;
+    unsigned long long digest = 0;
+};
+
+// FNV-1a over everything the read produced, so that runs of different builds can be compared.
+struct Digest {
+    unsigned long long h = 1469598103934665603ULL;
+    void add(const void *data, size_t n) {
+        const unsigned char *p = static_cast<const unsigned char *>(data);
+        for (size_t i = 0; i < n; ++i)
+            h = (h ^ p[i]) * 1099511628211ULL;
+    }
+    void add(int v) { add(&v, sizeof v); }
+    void add(const QString &s) {
+        add(int(s.size()));
+        add(s.constData(), size_t(s.size()) * sizeof(QChar));
+    }
+};
+
+unsigned long long digestOf(const OvShape &shape, const OvPolyMesh &mesh) {
+    Digest d;
+    d.add(mesh.getName());
+    d.add(mesh.getNumVertices());
+    d.add(mesh.getVertexArray(), 3 * size_t(mesh.getNumVertices()) * sizeof(float));
+    const OvMap *uvs = mesh.getUVs();
+    d.add(uvs->getNumValues());
+    if (uvs->getNumValues() > 0)
+        d.add(uvs->getPnt2Value(0), 2 * size_t(uvs->getNumValues()) * sizeof(float));
+    d.add(mesh.getNumFaces());
+    for (int f = 0; f < mesh.getNumFaces(); ++f) {
+        d.add(mesh.getFaceSize(f));
+        d.add(mesh.getFaceMaterial(f));
+        d.add(mesh.getFaceVertices(f), size_t(mesh.getFaceSize(f)) * sizeof(int));
+        d.add(mesh.getFaceUVs(f), size_t(mesh.getFaceSize(f)) * sizeof(int));
+    }
+    for (int g = 0; g < mesh.getNumFaceGroups(); ++g) {
+        d.add(mesh.getFaceGroupName(g));
+        for (int f : mesh.getFaceGroupFaces(g))
+            d.add(f);
+    }
+    for (int m = 0; m < shape.getNumMaterials(); ++m)
+        d.add(shape.getMaterial(m)->getName());
+    return d.h;
+}
+
+ReadResult readOnce(const char *path, bool withDigest) {
+    OvApp::reset();
+    OvObjImporter importer;
+    OvFileIOSettings settings;
+    importer.getDefaultOptions(&settings);
+    OvShape *shape = nullptr;
+    ReadResult r;
+    const QString name = QString::fromLocal8Bit(path);
+    Stopwatch watch;
+    r.code = importer.readShape(name, &shape, settings);
+    r.time = watch.elapsed();
+    if (shape) {
+        if (auto *mesh = dynamic_cast<OvPolyMesh *>(shape->getGeometry())) {
+            r.vertices = mesh->getNumVertices();
+            r.uvs = mesh->getUVs()->getNumValues();
+            r.faces = mesh->getNumFaces();
+            r.groups = mesh->getNumFaceGroups();
+            r.meshBytes = mesh->dataBytes();
+            if (withDigest)
+                r.digest = digestOf(*shape, *mesh);
+        }
+        r.materials = shape->getNumMaterials();
+    }
+    delete shape;
+    return r;
+}
+
+// A field of /proc/self/status in KiB ("VmRSS", "VmHWM"); -1 when it cannot be read.
+long long statusKiB(const char *field) {
+    FILE *f = std::fopen("/proc/self/status", "r");
+    if (!f)
+        return -1;
+    char line[256];
+    long long v = -1;
+    size_t n = std::strlen(field);
+    while (std::fgets(line, sizeof line, f))
+        if (std::strncmp(line, field, n) == 0 && line[n] == ':') {
+            v = std::atoll(line + n + 1);
+            break;
+        }
+    std::fclose(f);
+    return v;
+}
+
+// Child mode: one read; prints "before_kib peak_kib mesh_bytes method".
+int peakMode(const char *path) {
+    long long before = statusKiB("VmRSS");
+    // Writing 5 to clear_refs resets the peak to the current size; without it the peak since start
+    // is used, which is below the resident size before the read anyway for a process this small.
+    bool reset = false;
+    if (int fd = ::open("/proc/self/clear_refs", O_WRONLY | O_CLOEXEC); fd >= 0) {
+        reset = ::write(fd, "5", 1) == 1;
+        ::close(fd);
+    }
+    ReadResult r = readOnce(path, false);
+    long long peak = statusKiB("VmHWM");
+    const char *method = "VmHWM";
+    if (peak < 0) {
+        struct rusage ru;
+        getrusage(RUSAGE_SELF, &ru);
+        peak = ru.ru_maxrss;
+        method = "ru_maxrss";
+    }
+    std::printf("%lld %lld %zu %s%s\n", before, peak, r.meshBytes, method, reset ? "" : "(not reset)");
+    return r.code == 0 ? 0 : 1;
+}
+
+struct Peak {
+    bool ok = false;
+    double deltaMB = 0, meshMB = 0;
+    std::string method;
+};
+
+Peak measurePeak(const char *path) {
+    Peak p;
+    int fds[2];
+    if (pipe(fds) != 0)
+        return p;
+    pid_t pid = fork();
+    if (pid == 0) {
+        dup2(fds[1], STDOUT_FILENO);
+        ::close(fds[0]);
+        ::close(fds[1]);
+        char *args[] = {const_cast<char *>("obj_bench"), const_cast<char *>("--peak"),
+                        const_cast<char *>(path), nullptr};
+        execv("/proc/self/exe", args);
+        _exit(127);
+    }
+    ::close(fds[1]);
+    if (pid < 0) {
+        ::close(fds[0]);
+        return p;
+    }
+    std::string out;
+    char chunk[256];
+    for (ssize_t n; (n = ::read(fds[0], chunk, sizeof chunk)) > 0;)
+        out.append(chunk, size_t(n));
+    ::close(fds[0]);
+    int wstatus = 0;
+    waitpid(pid, &wstatus, 0);
+    long long before = 0, peak = 0;
+    size_t meshBytes = 0;
+    char method[64] = {0};
+    if (std::sscanf(out.c_str(), "%lld %lld %zu %63s", &before, &peak, &meshBytes, method) == 4 &&
+        WIFEXITED(wstatus) && WEXITSTATUS(wstatus) == 0) {
+        p.ok = true;
+        p.deltaMB = double(peak - before) * 1024.0 / 1e6;
+        p.meshMB = double(meshBytes) / 1e6;
+        p.method = method;
+    }
+    return p;
+}
+
+long long fileSize(const char *path) {
+    struct stat st;
+    return ::stat(path, &st) == 0 ? (long long)st.st_size : -1;
+}
+
+const char *baseName(const char *path) {
+    const char *s = std::strrchr(path, '/');
+    return s ? s + 1 : path;
+}
+
+double median(std::vector<double> v) {
+    std::sort(v.begin(), v.end());
+    size_t n = v.size();
+    return n % 2 ? v[n / 2] : (v[n / 2 - 1] + v[n / 2]) / 2;
+}
+
+// Best (shortest) and median of a set of runs, in wall-clock and CPU time.
+struct RunStats {
+    double bestWall, medWall, bestCpu, medCpu;
+};
+
+RunStats statsOf(const std::vector<Times> &runs) {
+    std::vector<double> wall, cpu;
+    for (const Times &t : runs) {
+        wall.push_back(t.wall);
+        cpu.push_back(t.cpu);
+    }
+    return {*std::min_element(wall.begin(), wall.end()), median(wall),
+            *std::min_element(cpu.begin(), cpu.end()), median(cpu)};
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    QCoreApplication app(argc, argv);
+    if (argc == 3 && std::strcmp(argv[1], "--peak") == 0)
+        return peakMode(argv[2]);
+
+    int runs = 5;
+    std::vector<const char *> files;
+    for (int i = 1; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--runs") == 0 && i + 1 < argc)
+            runs = std::max(1, std::atoi(argv[++i]));
+        else
+            files.push_back(argv[i]);
+    }
+    if (files.empty()) {
+        std::fprintf(stderr, "usage: obj_bench [--runs N] FILE.obj...\n       obj_bench --peak FILE.obj\n");
+        return 2;
+    }
+
+    struct Row {
+        const char *name;
+        double mb;
+        RunStats floor, read;
+        Peak peak;
+    };
+    std::vector<Row> rows;
+    std::vector<char> buf;
+    int status = 0;
+    for (const char *path : files) {
+        long long size = fileSize(path);
+        if (size < 0 || floorRead(path, 1 << 16, buf) < 0) { // also warms the page cache
+            std::fprintf(stderr, "cannot read %s\n", path);
+            return 1;
+        }
+        const double mb = double(size) / 1e6;
+        std::printf("%s: %.1f MB, %d runs each\n", path, mb, runs);
+
+        // The floor of a file is its fastest piece size.
+        RunStats floor{};
+        for (size_t piece : kFloorPieces) {
+            std::vector<Times> times;
+            for (int i = 0; i < runs; ++i) {
+                Stopwatch watch;
+                floorRead(path, piece, buf);
+                times.push_back(watch.elapsed());
+            }
+            RunStats st = statsOf(times);
+            std::printf("  floor, %4zu KiB pieces: best %8.1f MB/s wall, %8.1f MB/s cpu\n", piece >> 10,
+                        mb / st.bestWall, mb / st.bestCpu);
+            if (floor.bestCpu == 0 || st.bestCpu < floor.bestCpu)
+                floor = st;
+        }
+
+        std::vector<Times> times;
+        ReadResult r;
+        for (int i = 0; i < runs; ++i) {
+            r = readOnce(path, i == runs - 1);
+            times.push_back(r.time);
+        }
+        if (r.code != 0) {
+            std::fprintf(stderr, "readShape of %s returned 0x%x\n", path, r.code);
+            status = 1;
+        }
+        RunStats read = statsOf(times);
+        std::printf(
+            "  readShape: best %.3f s wall (%.1f MB/s), %.3f s cpu (%.1f MB/s); median %.1f MB/s wall, "
+            "%.1f MB/s cpu\n",
+            read.bestWall, mb / read.bestWall, read.bestCpu, mb / read.bestCpu, mb / read.medWall,
+            mb / read.medCpu);
+        std::printf(
+            "  mesh: %d vertices, %d uvs, %d faces, %d groups, %d materials; %d log lines; digest %016llx\n",
+            r.vertices, r.uvs, r.faces, r.groups, r.materials, int(OvApp::log().size()), r.digest);
+
+        Peak p = measurePeak(path);
+        if (p.ok)
+            std::printf("  peak memory (fresh process, %s): %.1f MB over %.1f MB of mesh data\n",
+                        p.method.c_str(), p.deltaMB, p.meshMB);
+        else
+            std::printf("  peak memory: the child run failed\n");
+        rows.push_back({baseName(path), mb, floor, read, p});
+    }
+
+    std::printf("\n%-10s %7s | %9s %9s %7s | %9s %9s %7s | %8s %8s %6s\n", "", "", "cpu time", "", "",
+                "wall time", "", "", "", "", "");
+    std::printf("%-10s %7s | %9s %9s %7s | %9s %9s %7s | %8s %8s %6s\n", "file", "MB", "floor", "readShape",
+                "ratio", "floor", "readShape", "ratio", "peak MB", "mesh MB", "ratio");
+    for (const Row &r : rows) {
+        std::printf("%-10s %7.1f | %9.1f %9.1f %6.1f%% | %9.1f %9.1f %6.1f%% |", r.name, r.mb,
+                    r.mb / r.floor.bestCpu, r.mb / r.read.bestCpu, 100.0 * r.floor.bestCpu / r.read.bestCpu,
+                    r.mb / r.floor.bestWall, r.mb / r.read.bestWall,
+                    100.0 * r.floor.bestWall / r.read.bestWall);
+        if (r.peak.ok)
+            std::printf(" %8.1f %8.1f %5.2fx\n", r.peak.deltaMB, r.peak.meshMB,
+                        r.peak.meshMB > 0 ? r.peak.deltaMB / r.peak.meshMB : 0.0);
+        else
+            std::printf(" %8s %8s %6s\n", "-", "-", "-");
+    }
+    std::printf(
+        "MB/s of the best of %d runs; floor: read() in reused pieces and counting newlines, fastest piece "
+        "size; ratio: readShape throughput over the floor's. Memory: peak resident size during readShape "
+        "minus the size before it, over the mesh's OvPolyMesh::dataBytes().\n",
+        runs);
+    return status;
+}
