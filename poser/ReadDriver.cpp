@@ -6,6 +6,7 @@
 #include <OvApp.h>
 #include <OvMaterial.h>
 #include <OvScene.h>
+#include <OvSubDShape.h>
 #include <QtDebug>
 #include <cstring>
 #include <new>
@@ -214,8 +215,8 @@ void OvPZ3Importer::applySmartParents() {
 }
 
 void OvPZ3Importer::convertSubDivisions() {
-    // Subdivision requests come from figure and object sections, not read yet.
-    m_subDNodes.clear();
+    for (int i = 0; i < m_subDNodes.size(); ++i)
+        OvSubDShape::convertToSubD(m_subDNodes[i].node, m_subDNodes[i].level);
 }
 
 // Every top-level object this import registered remembers the file it came from.

@@ -9,6 +9,7 @@
 #include <OvModifiers.h>
 #include <OvScene.h>
 #include <OvSkeleton.h>
+#include <OvSubDShape.h>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 #include <poser/OvPZ3Importer.h>
@@ -263,6 +264,16 @@ TEST_F(TopLevel, DeformerPropsOfTheWrongKindAreSkipped) {
     ASSERT_EQ(scene()->getNumNodes(), 2);
     EXPECT_TRUE(scene()->getNode(1)->inherits("OvDFormZone"));
     EXPECT_EQ(scene()->getNode(1)->getLabel(), QStringLiteral("zone"));
+}
+
+TEST_F(TopLevel, SubdivisionRequestsAreAppliedAfterReading) {
+    EXPECT_EQ(read("f.pz3", "prop cube\n{\ngeomCustom\n{\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n}\nsubdivision 2\n}\n"
+                            "prop flat\n{\ngeomCustom\n{\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n}\nsubdivision 0\n}\n"),
+              0u);
+    ASSERT_EQ(scene()->getNumNodes(), 2) << qPrintable(logText());
+    EXPECT_EQ(OvSubDShape::subDivisionLevel(scene()->getNode(0)), 2);
+    EXPECT_EQ(OvSubDShape::subDivisionLevel(scene()->getNode(1)), 0) << "level 0 asks for nothing";
+    EXPECT_EQ(importer.subDNodes().size(), 1) << "the requests stay listed after the read";
 }
 
 } // namespace
