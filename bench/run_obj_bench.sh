@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Generates the OBJ benchmark inputs if they are missing, builds obj_bench (RelWithDebInfo, in
-# build/) and runs it on them.
+# build/ or $BUILD_DIR) and runs it on them.
 #
 #   bench/run_obj_bench.sh [INPUT_DIR] [RUNS]     INPUT_DIR defaults to /tmp/ov-bench
 set -euo pipefail
@@ -15,9 +15,10 @@ for name in poser grid; do
     python3 "$generator" "$inputs" "$name" >/dev/null
   fi
 done
-if [ ! -f build/build.ninja ]; then
-  cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+build="${BUILD_DIR:-build}"
+if [ ! -f "$build/build.ninja" ]; then
+  cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 fi
-echo "obj bench: build/ is a $(sed -n 's/^CMAKE_BUILD_TYPE:STRING=//p' build/CMakeCache.txt) build"
-cmake --build build --target obj_bench
-build/bin/obj_bench --runs "$runs" "$inputs/poser.obj" "$inputs/grid.obj"
+echo "obj bench: $build/ is a $(sed -n 's/^CMAKE_BUILD_TYPE:STRING=//p' "$build/CMakeCache.txt") build"
+cmake --build "$build" --target obj_bench
+"$build/bin/obj_bench" --runs "$runs" "$inputs/poser.obj" "$inputs/grid.obj"

@@ -114,13 +114,20 @@ private:
 
 namespace ovpod {
 
-// Blocks of at least this many bytes get mappings of their own, aligned to and sized in multiples of
-// 2 MiB and marked for transparent huge pages: filling a mesh array of many megabytes then costs a
-// few page faults instead of one per 4 KiB, and growing it moves page tables instead of copying.
+// Blocks of at least kMappedBlock bytes get mappings of their own, which grow with mremap: page
+// tables move, the data is not copied and no fresh pages are touched for a copy. From kLargeBlock on
+// they grow in whole 2 MiB units, aligned and marked for transparent huge pages, so filling a mesh
+// array of many megabytes costs a few page faults instead of one per 4 KiB.
+constexpr size_t kMappedBlock = size_t(128) << 10;
 constexpr size_t kLargeBlock = size_t(2) << 20;
 
 #if defined(__linux__)
-// A fresh aligned mapping of `bytes` (a multiple of 4 KiB); null when there is no memory.
+inline void adviseHuge(void *p, size_t bytes) {
+    if (bytes >= kLargeBlock)
+        madvise(p, bytes, MADV_HUGEPAGE);
+}
+
+// A fresh mapping of `bytes` (a multiple of 4 KiB), aligned to 2 MiB; null when there is no memory.
 inline void *mapLarge(size_t bytes) {
     void *raw =
         mmap(nullptr, bytes + kLargeBlock, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
@@ -130,7 +137,7 @@ inline void *mapLarge(size_t bytes) {
     if (a > r)
         munmap(raw, a - r);
     munmap(reinterpret_cast<void *>(a + bytes), r + kLargeBlock - a); // never empty: a < r + kLargeBlock
-    madvise(reinterpret_cast<void *>(a), bytes, MADV_HUGEPAGE);
+    adviseHuge(reinterpret_cast<void *>(a), bytes);
     return reinterpret_cast<void *>(a);
 }
 
@@ -142,8 +149,10 @@ inline void *remapLarge(void *p, size_t oldBytes, size_t newBytes) {
         return p;
     }
     void *q = mremap(p, oldBytes, newBytes, 0); // in place when the address space after it is free
-    if (q != MAP_FAILED)
+    if (q != MAP_FAILED) {
+        adviseHuge(q, newBytes);
         return q;
+    }
     // Else onto a fresh aligned range, so that the huge pages move whole.
     void *dst = mapLarge(newBytes);
     if (!dst)
@@ -153,6 +162,7 @@ inline void *remapLarge(void *p, size_t oldBytes, size_t newBytes) {
         munmap(dst, newBytes);
         return nullptr;
     }
+    adviseHuge(q, newBytes); // the moved mapping keeps the flags of the old one
     return q;
 }
 
@@ -174,7 +184,7 @@ inline void unmapLarge(void *p, size_t) {
 } // namespace ovpod
 
 // Array of trivially copyable values for bulk plain data (mesh arrays). Small blocks live on the
-// heap and grow with realloc; large ones are mappings of their own (see ovpod::kLargeBlock), so
+// heap and grow with realloc; larger ones are mappings of their own (see ovpod::kMappedBlock), so
 // growing a mesh array neither copies it nor holds the old and the new block at once.
 template <class T> class OvPodArray {
     static_assert(std::is_trivially_copyable<T>::value, "OvPodArray holds plain data only");
@@ -266,7 +276,7 @@ private:
         if (cap > (size_t(-1) - 4 * ovpod::kLargeBlock) / sizeof(T))
             throw std::bad_alloc();
         size_t bytes = cap * sizeof(T);
-        if (bytes < ovpod::kLargeBlock) {
+        if (bytes < ovpod::kMappedBlock) {
             void *p;
             if (!m_mappedBytes) {
                 p = std::realloc(m_data, bytes);
@@ -283,8 +293,8 @@ private:
             m_cap = cap;
             return;
         }
-        // Growth takes whole 2 MiB units (the huge pages); shrinking only gives back whole pages.
-        const size_t unit = cap > m_cap ? ovpod::kLargeBlock : size_t(4096);
+        // Large blocks grow in whole 2 MiB units (the huge pages); otherwise whole pages.
+        const size_t unit = cap > m_cap && bytes >= ovpod::kLargeBlock ? ovpod::kLargeBlock : size_t(4096);
         size_t mapped = (bytes + unit - 1) & ~(unit - 1);
         void *p;
         if (m_mappedBytes) {

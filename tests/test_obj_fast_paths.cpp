@@ -141,7 +141,7 @@ TEST(ObjFastPaths, CornerReaderAgreesWithTheGeneralFunctions) {
 
 TEST(ObjFastPaths, PodArrayKeepsItsValuesAcrossTheLargeBlockSize) {
     OvPodArray<int> a;
-    const int n = 3 << 20; // 12 MiB of ints, well past the 2 MiB where blocks get mappings of their own
+    const int n = 3 << 20; // 12 MiB of ints: through the heap, own mappings, then huge-page ones
     for (int i = 0; i < n; ++i)
         a.push_back(i * 7);
     ASSERT_EQ(a.size(), size_t(n));
