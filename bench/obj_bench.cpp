@@ -9,6 +9,8 @@
 // fresh child process per file (this binary re-executed with --peak), so that nothing freed by an
 // earlier read is reused: the peak resident size during readShape minus the resident size right
 // before it, against the bytes of mesh data the read returned.
+#include "BenchSupport.h"
+
 #include <OvApp.h>
 #include <OvShape.h>
 #include <QCoreApplication>
@@ -154,22 +156,7 @@ ReadResult readOnce(const char *path, bool withDigest) {
     return r;
 }
 
-// A field of /proc/self/status in KiB ("VmRSS", "VmHWM"); -1 when it cannot be read.
-long long statusKiB(const char *field) {
-    FILE *f = std::fopen("/proc/self/status", "r");
-    if (!f)
-        return -1;
-    char line[256];
-    long long v = -1;
-    size_t n = std::strlen(field);
-    while (std::fgets(line, sizeof line, f))
-        if (std::strncmp(line, field, n) == 0 && line[n] == ':') {
-            v = std::atoll(line + n + 1);
-            break;
-        }
-    std::fclose(f);
-    return v;
-}
+using bench::statusKiB;
 
 // Child mode: one read; prints "before_kib peak_kib mesh_bytes wall_s cpu_s method".
 int peakMode(const char *path) {

@@ -6,6 +6,7 @@
 // file). A small image in the same folder lets map_* lines load a texture. Every shape read must
 // pass the shape invariants.
 #include "support/SceneInvariants.h"
+#include "support/TestSupport.h"
 
 #include <OvApp.h>
 #include <OvShape.h>
@@ -16,7 +17,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <obj/OvObjImporter.h>
-#include <zlib.h>
 
 namespace {
 
@@ -25,20 +25,6 @@ const char kSeparator[] = "\n@@MTL@@\n";
 QTemporaryDir *g_dir = nullptr;
 
 void quiet(QtMsgType, const QMessageLogContext &, const QString &) {}
-
-QByteArray gzip(const QByteArray &data) {
-    z_stream zs{};
-    deflateInit2(&zs, Z_BEST_SPEED, Z_DEFLATED, 15 + 16, 8, Z_DEFAULT_STRATEGY);
-    QByteArray out(int(deflateBound(&zs, uLong(data.size()))) + 32, '\0');
-    zs.next_in = reinterpret_cast<Bytef *>(const_cast<char *>(data.constData()));
-    zs.avail_in = uInt(data.size());
-    zs.next_out = reinterpret_cast<Bytef *>(out.data());
-    zs.avail_out = uInt(out.size());
-    deflate(&zs, Z_FINISH);
-    out.resize(int(zs.total_out));
-    deflateEnd(&zs);
-    return out;
-}
 
 void put(const QString &name, const QByteArray &data) {
     QFile f(g_dir->filePath(name));
@@ -79,7 +65,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
 
     const bool compressed = flags & 1;
     const QString name = compressed ? QStringLiteral("o.obz") : QStringLiteral("o.obj");
-    put(name, compressed ? gzip(obj) : obj);
+    put(name, compressed ? gzipBytes(obj) : obj);
     put(QStringLiteral("m.mtl"), mtl);
 
     OvApp::reset();
