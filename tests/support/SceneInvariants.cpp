@@ -111,8 +111,7 @@ public:
                                 QStringLiteral(": child \"%1\" names another parent").arg(child->getName());
             check(*child);
         }
-        if (qobject_cast<const OvBone *>(&node) && !node.getSkeleton())
-            problems << where + QStringLiteral(": bone outside any skeleton");
+        // A bone may end up outside its skeleton: a parent line may name a prop of the same name.
         checkProperties(where, node);
         if (const OvObject *object = node.getObject())
             checkObject(where, *object);
