@@ -1,6 +1,8 @@
 // The shortcuts of the OBJ read path against what they stand in for: the batched number parser
 // against a step-by-step reading and parsePoserFloat, the one-pass corner reader against leadingInt
 // and faceTexIndex, and the plain-data array across the size where it changes how it allocates.
+#include "support/PoserFloatReference.h"
+
 #include <OvTypes.h>
 #include <cstdint>
 #include <cstring>
@@ -12,37 +14,6 @@
 #include <vector>
 
 namespace {
-
-uint32_t bits(float f) {
-    uint32_t b;
-    std::memcpy(&b, &f, sizeof b);
-    return b;
-}
-
-// The steps for texts without an exponent mark, each one rounded to float.
-float stepwise(const char *s) {
-    volatile float v = 0.0f;
-    bool negative = false, dot = false;
-    long fraction = 0;
-    for (; *s; ++s) {
-        if (*s >= '0' && *s <= '9') {
-            v = v * 10.0f;
-            v = v + float(*s - '0');
-            fraction += dot;
-        } else if (*s == '-') {
-            negative = true;
-        } else if (*s == '.') {
-            dot = true;
-        } else if (*s != '+') {
-            return 0.0f;
-        }
-    }
-    if (negative)
-        v = -v;
-    for (long i = 0; dot && i < fraction; ++i)
-        v = v / 10.0f;
-    return v;
-}
 
 std::string randomNumber(std::mt19937 &rng) {
     static const char kChars[] = "0123456789012345678901234567890123456789..--+eE x";
@@ -99,7 +70,7 @@ TEST(ObjFastPaths, BatchedNumbersAreBitExact) {
         parsePoserFloats(tokens.data(), int(tokens.size()), out.data());
         for (size_t j = 0; j < tokens.size(); ++j) {
             const char *s = tokens[j];
-            const float expected = std::strpbrk(s, "eE") ? parsePoserFloat(s) : stepwise(s);
+            const float expected = std::strpbrk(s, "eE") ? parsePoserFloat(s) : reference(s);
             ASSERT_EQ(bits(out[j]), bits(expected)) << '"' << s << '"';
             ASSERT_EQ(bits(parsePoserFloat(s)), bits(expected)) << '"' << s << '"';
         }
