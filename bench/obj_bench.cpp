@@ -107,11 +107,12 @@ unsigned long long digestOf(const OvShape &shape, const OvPolyMesh &mesh) {
     Digest d;
     d.add(mesh.getName());
     d.add(mesh.getNumVertices());
-    d.add(mesh.getVertexArray(), 3 * size_t(mesh.getNumVertices()) * sizeof(float));
+    for (int i = 0; i < mesh.getNumVertices(); ++i)
+        d.add(mesh.getVertex(i), 3 * sizeof(float));
     const OvMap *uvs = mesh.getUVs();
     d.add(uvs->getNumValues());
-    if (uvs->getNumValues() > 0)
-        d.add(uvs->getPnt2Value(0), 2 * size_t(uvs->getNumValues()) * sizeof(float));
+    for (int i = 0; i < uvs->getNumValues(); ++i)
+        d.add(uvs->getPnt2Value(i), 2 * sizeof(float));
     d.add(mesh.getNumFaces());
     for (int f = 0; f < mesh.getNumFaces(); ++f) {
         d.add(mesh.getFaceSize(f));
@@ -121,8 +122,8 @@ unsigned long long digestOf(const OvShape &shape, const OvPolyMesh &mesh) {
     }
     for (int g = 0; g < mesh.getNumFaceGroups(); ++g) {
         d.add(mesh.getFaceGroupName(g));
-        for (int f : mesh.getFaceGroupFaces(g))
-            d.add(f);
+        for (int i = 0; i < mesh.getNumFaceGroupFaces(g); ++i)
+            d.add(mesh.getFaceGroupFace(g, i));
     }
     for (int m = 0; m < shape.getNumMaterials(); ++m)
         d.add(shape.getMaterial(m)->getName());

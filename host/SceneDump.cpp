@@ -282,11 +282,14 @@ void jsonMesh(JsonWriter &w, DumpContext &ctx, const OvPolyMesh &mesh, bool data
     for (int g = 0; g < mesh.getNumFaceGroups(); ++g) {
         w.beginObject();
         w.field("name", mesh.getFaceGroupName(g));
-        const OvPodArray<int> &faces = mesh.getFaceGroupFaces(g);
-        w.field("faceCount", int(faces.size()));
+        const int count = mesh.getNumFaceGroupFaces(g);
+        w.field("faceCount", count);
         if (data) {
+            std::vector<int> faces(static_cast<size_t>(count));
+            for (int i = 0; i < count; ++i)
+                faces[size_t(i)] = mesh.getFaceGroupFace(g, i);
             w.key("faces");
-            jsonIntList(w, faces.data(), int(faces.size()));
+            jsonIntList(w, faces.data(), count);
         }
         w.endObject();
     }
@@ -638,7 +641,7 @@ void treeShape(QTextStream &out, DumpContext &ctx, const QString &indent, const 
     if (first)
         for (int g = 0; g < mesh->getNumFaceGroups(); ++g)
             out << indent << "  group " << quoted(mesh->getFaceGroupName(g)) << ": "
-                << mesh->getFaceGroupFaces(g).size() << " faces\n";
+                << mesh->getNumFaceGroupFaces(g) << " faces\n";
     for (int i = 0; i < shape.getNumMaterials(); ++i)
         treeMaterial(out, ctx, indent + QLatin1String("  "), *shape.getMaterial(i));
 }

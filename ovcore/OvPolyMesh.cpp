@@ -1,23 +1,26 @@
 #include "OvPolyMesh.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <new>
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
 
-void OvPolyMesh::beginEdit(bool) { m_editing = true; }
+void OvPolyMesh::beginEdit(bool) {
+    m_editing = true;
+}
 
 void OvPolyMesh::finishEdit() {
     m_editing = false;
     m_vertices.shrinkToFit();
+    m_uvs.shrinkToFit();
     m_faceStart.shrinkToFit();
     m_cornerVerts.shrinkToFit();
     m_cornerUVs.shrinkToFit();
     m_faceMaterial.shrinkToFit();
     for (Group &g : m_groups)
         g.faces.shrinkToFit();
-}
-
-float *OvPolyMesh::setVertexArray(int n) {
-    m_vertices.resize(3 * size_t(n < 0 ? 0 : n));
-    return m_vertices.data();
 }
 
 bool OvPolyMesh::finishFace() {
@@ -28,6 +31,8 @@ bool OvPolyMesh::finishFace() {
         m_faceOk = true;
         return false;
     }
+    if (m_hasAllFacesGroup)
+        listAllFacesGroups();
     int face = int(m_faceMaterial.size());
     m_faceStart.push_back(int(end));
     m_faceMaterial.push_back(m_activeMaterial);
@@ -37,76 +42,162 @@ bool OvPolyMesh::finishFace() {
     return true;
 }
 
+void OvPolyMesh::listAllFacesGroups() {
+    for (Group &g : m_groups)
+        if (g.allFaces) {
+            g.faces.resize(size_t(getNumFaces()));
+            for (size_t i = 0; i < g.faces.size(); ++i)
+                g.faces[i] = int(i);
+            g.allFaces = false;
+        }
+    m_hasAllFacesGroup = false;
+}
+
+int OvPolyMesh::findFaceGroup(const QString &name) const {
+    if (m_groups.size() > kHashedGroups)
+        return m_groupIndex.value(name, -1);
+    for (size_t g = 0; g < m_groups.size(); ++g)
+        if (m_groups[g].name == name)
+            return int(g);
+    return -1;
+}
+
 int OvPolyMesh::activateFaceGroup(const QString &name) {
-    auto it = m_groupIndex.constFind(name);
-    int g;
-    if (it == m_groupIndex.constEnd()) {
+    int g = findFaceGroup(name);
+    if (g < 0) {
         g = int(m_groups.size());
         m_groups.push_back(Group{name, {}});
-        m_groupIndex.insert(name, g);
-    } else {
-        g = *it;
+        if (m_groups.size() == kHashedGroups + 1)
+            for (size_t i = 0; i < m_groups.size(); ++i)
+                m_groupIndex.insert(m_groups[i].name, int(i));
+        else if (m_groups.size() > kHashedGroups + 1)
+            m_groupIndex.insert(name, g);
     }
     if (std::find(m_activeGroups.begin(), m_activeGroups.end(), g) == m_activeGroups.end())
         m_activeGroups.push_back(g);
     return g;
 }
 
+namespace {
+
+// Zero-filled table of ints for one cut: old index to new index + 1. A large one is a fresh mapping,
+// so only the pages the group's indices touch become resident, and all of it is returned after the
+// cut instead of staying with the mesh for the next one.
+class ZeroedInts {
+public:
+    explicit ZeroedInts(size_t n) : m_bytes(n * sizeof(int)) {
+#if defined(__linux__)
+        if (m_bytes >= kMapped) {
+            void *p = mmap(nullptr, m_bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+            if (p == MAP_FAILED)
+                throw std::bad_alloc();
+            m_data = static_cast<int *>(p);
+            m_mapped = true;
+            return;
+        }
+#endif
+        m_data = static_cast<int *>(std::calloc(n ? n : 1, sizeof(int)));
+        if (!m_data)
+            throw std::bad_alloc();
+    }
+    ~ZeroedInts() {
+#if defined(__linux__)
+        if (m_mapped) {
+            munmap(m_data, m_bytes);
+            return;
+        }
+#endif
+        std::free(m_data);
+    }
+    ZeroedInts(const ZeroedInts &) = delete;
+    ZeroedInts &operator=(const ZeroedInts &) = delete;
+    int *data() {
+        return m_data;
+    }
+
+private:
+    static constexpr size_t kMapped = size_t(64) << 10;
+    int *m_data = nullptr;
+    size_t m_bytes;
+    bool m_mapped = false;
+};
+
+} // namespace
+
 OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name, std::vector<int> *materialIndices) const {
     int g = findFaceGroup(name);
     if (g < 0)
         return nullptr;
-    const OvPodArray<int> &faces = m_groups[size_t(g)].faces;
+    const size_t nf = size_t(getNumFaceGroupFaces(g));
     if (materialIndices) {
         materialIndices->clear();
-        for (int f : faces)
-            materialIndices->push_back(getFaceMaterial(f));
+        for (size_t i = 0; i < nf; ++i)
+            materialIndices->push_back(getFaceMaterial(getFaceGroupFace(g, int(i))));
         std::sort(materialIndices->begin(), materialIndices->end());
-        materialIndices->erase(std::unique(materialIndices->begin(), materialIndices->end()), materialIndices->end());
+        materialIndices->erase(std::unique(materialIndices->begin(), materialIndices->end()),
+                               materialIndices->end());
     }
+    size_t corners = 0;
+    for (size_t i = 0; i < nf; ++i)
+        corners += size_t(getFaceSize(getFaceGroupFace(g, int(i))));
+
     auto *mesh = new OvPolyMesh;
     mesh->setName(name);
-    std::vector<int> vmap(size_t(getNumVertices()), -1);
-    std::vector<int> uvmap(size_t(m_uvs.getNumValues()), -1);
-    int nv = 0, nuv = 0;
-    for (int f : faces) {
+    mesh->m_faceStart.resize(nf + 1);
+    mesh->m_faceMaterial.resize(nf);
+    mesh->m_cornerVerts.resize(corners);
+    mesh->m_cornerUVs.resize(corners);
+
+    const size_t nv = size_t(getNumVertices()), nuv = size_t(m_uvs.getNumValues());
+    ZeroedInts scratch(nv + nuv);
+    int *newVertex = scratch.data(), *newUV = scratch.data() + nv;
+    OvPodArray<int> vertexSource, uvSource;
+    vertexSource.reserve(std::min(corners, nv));
+    uvSource.reserve(std::min(corners, nuv));
+
+    int *cv = mesh->m_cornerVerts.data(), *cuv = mesh->m_cornerUVs.data();
+    size_t k = 0;
+    int lastMaterial = -1, lastPosition = 0;
+    for (size_t i = 0; i < nf; ++i) {
+        const int f = getFaceGroupFace(g, int(i));
         const int *fv = getFaceVertices(f);
         const int *fuv = getFaceUVs(f);
-        for (int c = 0, n = getFaceSize(f); c < n; ++c) {
-            if (vmap[size_t(fv[c])] < 0)
-                vmap[size_t(fv[c])] = nv++;
-            if (size_t(fuv[c]) < uvmap.size() && uvmap[size_t(fuv[c])] < 0)
-                uvmap[size_t(fuv[c])] = nuv++;
+        for (int c = 0, n = getFaceSize(f); c < n; ++c, ++k) {
+            int &v = newVertex[fv[c]];
+            if (v == 0) {
+                vertexSource.push_back(fv[c]);
+                v = int(vertexSource.size());
+            }
+            cv[k] = v - 1;
+            // A UV index past the map only occurs in a UV-less mesh (index 0 with an empty map).
+            if (size_t(fuv[c]) < nuv) {
+                int &t = newUV[fuv[c]];
+                if (t == 0) {
+                    uvSource.push_back(fuv[c]);
+                    t = int(uvSource.size());
+                }
+                cuv[k] = t - 1;
+            } else {
+                cuv[k] = 0;
+            }
         }
-    }
-    float *dst = mesh->setVertexArray(nv);
-    for (size_t v = 0; v < vmap.size(); ++v)
-        if (vmap[v] >= 0)
-            std::copy_n(getVertex(int(v)), 3, dst + 3 * size_t(vmap[v]));
-    std::vector<float> uvs(2 * size_t(nuv));
-    for (size_t t = 0; t < uvmap.size(); ++t)
-        if (uvmap[t] >= 0)
-            std::copy_n(m_uvs.getPnt2Value(int(t)), 2, uvs.data() + 2 * size_t(uvmap[t]));
-    mesh->m_uvs.reserve(nuv);
-    for (int t = 0; t < nuv; ++t)
-        mesh->m_uvs.appendPnt2Value(uvs.data() + 2 * size_t(t));
-    mesh->beginEdit(false);
-    mesh->activateFaceGroup(name);
-    for (int f : faces) {
-        const int *fv = getFaceVertices(f);
-        const int *fuv = getFaceUVs(f);
+        mesh->m_faceStart[i + 1] = int(k);
         int m = getFaceMaterial(f);
-        if (materialIndices)
-            m = int(std::lower_bound(materialIndices->begin(), materialIndices->end(), m) - materialIndices->begin());
-        mesh->activateMaterial(m);
-        mesh->startFace();
-        for (int c = 0, n = getFaceSize(f); c < n; ++c) {
-            int uv = size_t(fuv[c]) < uvmap.size() ? uvmap[size_t(fuv[c])] : 0;
-            mesh->addFaceEdge(vmap[size_t(fv[c])], uv);
+        if (materialIndices) {
+            if (m != lastMaterial) {
+                lastMaterial = m;
+                lastPosition = int(std::lower_bound(materialIndices->begin(), materialIndices->end(), m) -
+                                   materialIndices->begin());
+            }
+            m = lastPosition;
         }
-        mesh->finishFace();
+        mesh->m_faceMaterial[i] = m;
     }
-    mesh->finishEdit();
+
+    mesh->m_vertices.shareFrom(m_vertices, std::move(vertexSource));
+    mesh->m_uvs.m_values.shareFrom(m_uvs.m_values, std::move(uvSource));
+    mesh->m_groups.push_back(Group{name, {}, true});
+    mesh->m_hasAllFacesGroup = true;
     return mesh;
 }
 

@@ -9,6 +9,7 @@
 #include "OvTypes.h"
 #include <QHash>
 #include <QString>
+#include <cstring>
 #include <vector>
 
 class OvGeometry : public OvRefCountedItem {
@@ -22,18 +23,97 @@ private:
     QString m_name;
 };
 
+// Float values of one mesh array. A mesh cut from another keeps reading the vertices and UVs it
+// uses from the other's storage through an index table instead of copying them; the storage is
+// shared by reference count, so it outlives the mesh it came from. Writing makes it one's own.
+struct OvFloatStore : OvRefCountedItem {
+    OvPodArray<float> values;
+};
+
+template <int N> class OvFloatTuples {
+public:
+    OvFloatTuples() : m_store(new OvFloatStore) {}
+    OvFloatTuples(const OvFloatTuples &) = default; // shares the storage until one side writes
+    OvFloatTuples &operator=(const OvFloatTuples &) = default;
+
+    int count() const { return m_count; }
+    const float *at(int i) const {
+        return m_store->values.data() + N * size_t(m_indexed ? m_index[size_t(i)] : i);
+    }
+    float *resize(int n) {
+        makeOwn();
+        m_store->values.resize(N * size_t(n));
+        m_count = n;
+        return m_store->values.data();
+    }
+    void append(const float *v) {
+        if (m_indexed || m_store->refCount() > 1)
+            makeOwn();
+        m_store->values.append(v, N);
+        ++m_count;
+    }
+    void reserve(int n) {
+        makeOwn();
+        m_store->values.reserve(N * size_t(n));
+    }
+    void clear() { resize(0); }
+    void shrinkToFit() {
+        if (!m_indexed && m_store->refCount() == 1)
+            m_store->values.shrinkToFit();
+    }
+    // Reads tuple i as `source`'s tuple index[i] from now on.
+    void shareFrom(const OvFloatTuples &source, OvPodArray<int> index) {
+        if (source.m_indexed)
+            for (size_t i = 0; i < index.size(); ++i)
+                index[i] = source.m_index[size_t(index[i])];
+        m_store = source.m_store;
+        m_index = std::move(index);
+        m_index.shrinkToFit();
+        m_indexed = true;
+        m_count = int(m_index.size());
+    }
+    bool sharesStorageWith(const OvFloatTuples &o) const { return m_store == o.m_store; }
+    // Bytes this array holds alone: the index table of a shared one, the storage otherwise.
+    size_t bytes() const { return m_indexed ? m_index.bytes() : m_store->values.bytes(); }
+
+private:
+    void makeOwn() {
+        if (m_indexed) {
+            OvTSharedPointer<OvFloatStore> own(new OvFloatStore);
+            own->values.resize(N * size_t(m_count));
+            for (int i = 0; i < m_count; ++i)
+                std::memcpy(own->values.data() + N * size_t(i), at(i), N * sizeof(float));
+            m_store = own;
+            m_index = OvPodArray<int>();
+            m_indexed = false;
+        } else if (m_store->refCount() > 1) {
+            OvTSharedPointer<OvFloatStore> own(new OvFloatStore);
+            own->values = m_store->values;
+            m_store = own;
+        }
+    }
+
+    OvTSharedPointer<OvFloatStore> m_store;
+    OvPodArray<int> m_index;
+    int m_count = 0;
+    bool m_indexed = false;
+};
+
 // A map of 2-float values (texture coordinates).
 class OvMap {
 public:
-    int getNumValues() const { return int(m_values.size() / 2); }
-    void appendPnt2Value(const float *uv) { m_values.append(uv, 2); }
-    const float *getPnt2Value(int i) const { return m_values.data() + 2 * size_t(i); }
-    void reserve(int n) { m_values.reserve(2 * size_t(n)); }
+    int getNumValues() const { return m_values.count(); }
+    void appendPnt2Value(const float *uv) { m_values.append(uv); }
+    const float *getPnt2Value(int i) const { return m_values.at(i); }
+    void reserve(int n) { m_values.reserve(n); }
     void clear() { m_values.clear(); }
+    void shrinkToFit() { m_values.shrinkToFit(); }
     size_t bytes() const { return m_values.bytes(); }
+    bool sharesStorageWith(const OvMap &o) const { return m_values.sharesStorageWith(o.m_values); }
 
 private:
-    OvPodArray<float> m_values;
+    friend class OvPolyMesh;
+    OvFloatTuples<2> m_values;
 };
 
 class OvPolyMesh : public OvGeometry {
@@ -45,11 +125,12 @@ public:
     void finishEdit();
     bool isEditing() const { return m_editing; }
 
-    int getNumVertices() const { return int(m_vertices.size() / 3); }
+    int getNumVertices() const { return m_vertices.count(); }
     // Grows (or shrinks) the vertex array to n vertices and returns it as float triples.
-    float *setVertexArray(int n);
-    const float *getVertex(int i) const { return m_vertices.data() + 3 * size_t(i); }
-    const float *getVertexArray() const { return m_vertices.data(); }
+    float *setVertexArray(int n) { return m_vertices.resize(n < 0 ? 0 : n); }
+    const float *getVertex(int i) const { return m_vertices.at(i); }
+    // True when this mesh reads its vertices from `o`'s storage (a mesh cut from `o`).
+    bool sharesVerticesWith(const OvPolyMesh &o) const { return m_vertices.sharesStorageWith(o.m_vertices); }
 
     OvMap *getUVs() { return &m_uvs; }
     const OvMap *getUVs() const { return &m_uvs; }
@@ -61,7 +142,7 @@ public:
     // Adds a corner; false (and the face will be dropped) when an index is out of range. A UV
     // index of 0 is accepted while the UV map is still empty: readers add a default UV at the end.
     bool addFaceEdge(int vertex, int uv) {
-        int nv = int(m_vertices.size() / 3);
+        int nv = m_vertices.count();
         int nuv = m_uvs.getNumValues();
         if (vertex < 0 || vertex >= nv || uv < 0 || (uv >= nuv && uv != 0)) {
             m_faceOk = false;
@@ -89,12 +170,21 @@ public:
 
     int getNumFaceGroups() const { return int(m_groups.size()); }
     const QString &getFaceGroupName(int g) const { return m_groups[size_t(g)].name; }
-    const OvPodArray<int> &getFaceGroupFaces(int g) const { return m_groups[size_t(g)].faces; }
-    int findFaceGroup(const QString &name) const { return m_groupIndex.value(name, -1); }
+    // The faces of group g, ascending.
+    int getNumFaceGroupFaces(int g) const {
+        const Group &gr = m_groups[size_t(g)];
+        return gr.allFaces ? getNumFaces() : int(gr.faces.size());
+    }
+    int getFaceGroupFace(int g, int i) const {
+        const Group &gr = m_groups[size_t(g)];
+        return gr.allFaces ? i : gr.faces[size_t(i)];
+    }
+    int findFaceGroup(const QString &name) const;
 
     // A new mesh with the faces of one group, its vertices and UVs renumbered in first-use order;
     // null when there is no such group. With `materialIndices`, that list receives the material
-    // indices the group's faces use (ascending) and the new faces refer to positions in it.
+    // indices the group's faces use (ascending) and the new faces refer to positions in it. The new
+    // mesh copies its faces but reads its vertices and UVs from this mesh's storage.
     OvPolyMesh *createMeshFromGroup(const QString &name, std::vector<int> *materialIndices = nullptr) const;
 
     // Memory held by the mesh arrays, for benchmarks.
@@ -104,9 +194,14 @@ private:
     struct Group {
         QString name;
         OvPodArray<int> faces;
+        bool allFaces = false; // a cut mesh's own group holds every face without listing them
     };
+    // Lists the faces of every all-faces group, before faces are added.
+    void listAllFacesGroups();
+    // Groups are found by name through a hash once there are more than a few.
+    static constexpr size_t kHashedGroups = 8;
 
-    OvPodArray<float> m_vertices;
+    OvFloatTuples<3> m_vertices;
     OvMap m_uvs;
     OvPodArray<int> m_faceStart{initialFaceStart()};
     OvPodArray<int> m_cornerVerts;
@@ -119,6 +214,7 @@ private:
     size_t m_faceFirst = 0;
     bool m_faceOk = true;
     bool m_editing = false;
+    bool m_hasAllFacesGroup = false;
 
     static OvPodArray<int> initialFaceStart() {
         OvPodArray<int> a;

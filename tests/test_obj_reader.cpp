@@ -75,8 +75,10 @@ Ints groupFaces(const OvPolyMesh *m, const char *name) {
     int g = m->findFaceGroup(QString::fromLatin1(name));
     if (g < 0)
         return {-1};
-    const auto &faces = m->getFaceGroupFaces(g);
-    return Ints(faces.begin(), faces.end());
+    Ints faces;
+    for (int i = 0; i < m->getNumFaceGroupFaces(g); ++i)
+        faces.push_back(m->getFaceGroupFace(g, i));
+    return faces;
 }
 
 OvFileIOSettings option(const char *key, bool on) {

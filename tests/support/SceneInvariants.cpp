@@ -57,7 +57,8 @@ QStringList checkMeshInvariants(const OvPolyMesh &mesh, int materialCount) {
         if (mesh.findFaceGroup(name) != g)
             problems << where + QStringLiteral(": group \"%1\" not found by name").arg(name);
         int last = -1;
-        for (int f : mesh.getFaceGroupFaces(g)) {
+        for (int i = 0; i < mesh.getNumFaceGroupFaces(g); ++i) {
+            const int f = mesh.getFaceGroupFace(g, i);
             if (f <= last || f >= nf) {
                 problems << where + QStringLiteral(": group \"%1\" lists face %2").arg(name).arg(f);
                 break;
@@ -65,11 +66,13 @@ QStringList checkMeshInvariants(const OvPolyMesh &mesh, int materialCount) {
             last = f;
         }
     }
-    for (int i = 0; i < 3 * nv; ++i)
-        if (mesh.getVertexArray()[i] != mesh.getVertexArray()[i]) {
-            problems << where + QStringLiteral(": vertex coordinate %1 is NaN").arg(i);
+    for (int i = 0; i < nv; ++i) {
+        const float *p = mesh.getVertex(i);
+        if (p[0] != p[0] || p[1] != p[1] || p[2] != p[2]) {
+            problems << where + QStringLiteral(": vertex %1 has a NaN coordinate").arg(i);
             break;
         }
+    }
     return problems;
 }
 
