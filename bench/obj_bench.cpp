@@ -117,8 +117,10 @@ unsigned long long digestOf(const OvShape &shape, const OvPolyMesh &mesh) {
     for (int f = 0; f < mesh.getNumFaces(); ++f) {
         d.add(mesh.getFaceSize(f));
         d.add(mesh.getFaceMaterial(f));
-        d.add(mesh.getFaceVertices(f), size_t(mesh.getFaceSize(f)) * sizeof(int));
-        d.add(mesh.getFaceUVs(f), size_t(mesh.getFaceSize(f)) * sizeof(int));
+        for (int c = 0; c < mesh.getFaceSize(f); ++c)
+            d.add(mesh.getFaceVertex(f, c));
+        for (int c = 0; c < mesh.getFaceSize(f); ++c)
+            d.add(mesh.getFaceUV(f, c));
     }
     for (int g = 0; g < mesh.getNumFaceGroups(); ++g) {
         d.add(mesh.getFaceGroupName(g));

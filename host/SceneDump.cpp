@@ -268,10 +268,17 @@ void jsonMesh(JsonWriter &w, DumpContext &ctx, const OvPolyMesh &mesh, bool data
         w.beginArray();
         for (int f = 0; f < mesh.getNumFaces(); ++f) {
             w.beginObject();
+            const int n = mesh.getFaceSize(f);
             w.key("v");
-            jsonIntList(w, mesh.getFaceVertices(f), mesh.getFaceSize(f));
+            w.beginArray();
+            for (int c = 0; c < n; ++c)
+                w.value(mesh.getFaceVertex(f, c));
+            w.endArray();
             w.key("uv");
-            jsonIntList(w, mesh.getFaceUVs(f), mesh.getFaceSize(f));
+            w.beginArray();
+            for (int c = 0; c < n; ++c)
+                w.value(mesh.getFaceUV(f, c));
+            w.endArray();
             w.field("material", mesh.getFaceMaterial(f));
             w.endObject();
         }

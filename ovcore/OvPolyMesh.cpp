@@ -145,8 +145,6 @@ OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name, std::vector<int
     mesh->setName(name);
     mesh->m_faceStart.resize(nf + 1);
     mesh->m_faceMaterial.resize(nf);
-    mesh->m_cornerVerts.resize(corners);
-    mesh->m_cornerUVs.resize(corners);
 
     const size_t nv = size_t(getNumVertices()), nuv = size_t(m_uvs.getNumValues());
     ZeroedInts scratch(nv + nuv);
@@ -155,30 +153,46 @@ OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name, std::vector<int
     vertexSource.reserve(std::min(corners, nv));
     uvSource.reserve(std::min(corners, nuv));
 
-    int *cv = mesh->m_cornerVerts.data(), *cuv = mesh->m_cornerUVs.data();
+    // New indices count up from 0, so the cut's corner arrays can be narrow when it has fewer than
+    // 65536 corners or the source has fewer vertices and UVs.
+    const size_t limit = size_t(OvIndexArray::kMaxShort) + 1;
+    const bool narrow = std::min(corners, nv) <= limit && std::min(corners, nuv) <= limit;
+    uint16_t *cv16 = nullptr, *cuv16 = nullptr;
+    int *cv32 = nullptr, *cuv32 = nullptr;
+    if (narrow) {
+        cv16 = mesh->m_cornerVerts.resizeNarrow(corners);
+        cuv16 = mesh->m_cornerUVs.resizeNarrow(corners);
+    } else {
+        cv32 = mesh->m_cornerVerts.resizeWide(corners);
+        cuv32 = mesh->m_cornerUVs.resizeWide(corners);
+    }
     size_t k = 0;
     int lastMaterial = -1, lastPosition = 0;
     for (size_t i = 0; i < nf; ++i) {
         const int f = getFaceGroupFace(g, int(i));
-        const int *fv = getFaceVertices(f);
-        const int *fuv = getFaceUVs(f);
         for (int c = 0, n = getFaceSize(f); c < n; ++c, ++k) {
-            int &v = newVertex[fv[c]];
+            const int sv = getFaceVertex(f, c), suv = getFaceUV(f, c);
+            int &v = newVertex[sv];
             if (v == 0) {
-                vertexSource.push_back(fv[c]);
+                vertexSource.push_back(sv);
                 v = int(vertexSource.size());
             }
-            cv[k] = v - 1;
             // A UV index past the map only occurs in a UV-less mesh (index 0 with an empty map).
-            if (size_t(fuv[c]) < nuv) {
-                int &t = newUV[fuv[c]];
-                if (t == 0) {
-                    uvSource.push_back(fuv[c]);
-                    t = int(uvSource.size());
+            int t = 1;
+            if (size_t(suv) < nuv) {
+                int &nt = newUV[suv];
+                if (nt == 0) {
+                    uvSource.push_back(suv);
+                    nt = int(uvSource.size());
                 }
-                cuv[k] = t - 1;
+                t = nt;
+            }
+            if (narrow) {
+                cv16[k] = uint16_t(v - 1);
+                cuv16[k] = uint16_t(t - 1);
             } else {
-                cuv[k] = 0;
+                cv32[k] = v - 1;
+                cuv32[k] = t - 1;
             }
         }
         mesh->m_faceStart[i + 1] = int(k);

@@ -9,6 +9,7 @@
 #include "OvTypes.h"
 #include <QHash>
 #include <QString>
+#include <cstdint>
 #include <cstring>
 #include <vector>
 
@@ -99,6 +100,54 @@ private:
     bool m_indexed = false;
 };
 
+// Per-corner indices. A mesh cut from another, whose indices all fit in 16 bits (body parts do),
+// keeps them in half the memory; an index that does not fit widens the array first.
+class OvIndexArray {
+public:
+    size_t size() const { return m_narrow ? m_short.size() : m_wide.size(); }
+    int operator[](size_t k) const { return m_narrow ? int(m_short[k]) : m_wide[k]; }
+    void push_back(int v) {
+        if (!m_narrow)
+            m_wide.push_back(v);
+        else if (v >= 0 && v <= kMaxShort)
+            m_short.push_back(uint16_t(v));
+        else
+            widenThenPush(v);
+    }
+    void truncate(size_t n) { m_narrow ? m_short.truncate(n) : m_wide.truncate(n); }
+    void shrinkToFit() { m_narrow ? m_short.shrinkToFit() : m_wide.shrinkToFit(); }
+    size_t bytes() const { return m_short.bytes() + m_wide.bytes(); }
+    bool isNarrow() const { return m_narrow; }
+    // Storage for n indices below 65536 (narrow) or of any size, filled by the caller.
+    uint16_t *resizeNarrow(size_t n) {
+        m_wide = OvPodArray<int>();
+        m_narrow = true;
+        m_short.resize(n);
+        return m_short.data();
+    }
+    int *resizeWide(size_t n) {
+        m_short = OvPodArray<uint16_t>();
+        m_narrow = false;
+        m_wide.resize(n);
+        return m_wide.data();
+    }
+    static constexpr int kMaxShort = 0xFFFF;
+
+private:
+    void widenThenPush(int v) {
+        m_wide.resize(m_short.size());
+        for (size_t i = 0; i < m_short.size(); ++i)
+            m_wide[i] = m_short[i];
+        m_short = OvPodArray<uint16_t>();
+        m_narrow = false;
+        m_wide.push_back(v);
+    }
+
+    OvPodArray<int> m_wide;
+    OvPodArray<uint16_t> m_short;
+    bool m_narrow = false;
+};
+
 // A map of 2-float values (texture coordinates).
 class OvMap {
 public:
@@ -163,8 +212,11 @@ public:
 
     int getNumFaces() const { return int(m_faceMaterial.size()); }
     int getFaceSize(int f) const { return m_faceStart[size_t(f) + 1] - m_faceStart[size_t(f)]; }
-    const int *getFaceVertices(int f) const { return m_cornerVerts.data() + m_faceStart[size_t(f)]; }
-    const int *getFaceUVs(int f) const { return m_cornerUVs.data() + m_faceStart[size_t(f)]; }
+    // Vertex and UV index of corner c of face f.
+    int getFaceVertex(int f, int c) const {
+        return m_cornerVerts[size_t(m_faceStart[size_t(f)]) + size_t(c)];
+    }
+    int getFaceUV(int f, int c) const { return m_cornerUVs[size_t(m_faceStart[size_t(f)]) + size_t(c)]; }
     int getFaceMaterial(int f) const { return m_faceMaterial[size_t(f)]; }
     int getNumCorners() const { return int(m_cornerVerts.size()); }
 
@@ -204,8 +256,8 @@ private:
     OvFloatTuples<3> m_vertices;
     OvMap m_uvs;
     OvPodArray<int> m_faceStart{initialFaceStart()};
-    OvPodArray<int> m_cornerVerts;
-    OvPodArray<int> m_cornerUVs;
+    OvIndexArray m_cornerVerts;
+    OvIndexArray m_cornerUVs;
     OvPodArray<int> m_faceMaterial;
     std::vector<Group> m_groups;
     QHash<QString, int> m_groupIndex;

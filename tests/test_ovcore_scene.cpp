@@ -43,6 +43,13 @@ QStringList topNames(const OvScene &scene) {
 }
 
 // A mesh of the given vertices and faces; each face is {material, vertex...}.
+std::vector<int> corners(const OvPolyMesh &mesh, int f, int (OvPolyMesh::*index)(int, int) const) {
+    std::vector<int> v;
+    for (int c = 0; c < mesh.getFaceSize(f); ++c)
+        v.push_back((mesh.*index)(f, c));
+    return v;
+}
+
 OvPolyMesh *makeMesh(const std::vector<OvVec3> &vertices, const std::vector<std::vector<int>> &faces = {}) {
     auto *mesh = new OvPolyMesh;
     float *v = mesh->setVertexArray(int(vertices.size()));
@@ -399,19 +406,75 @@ TEST_F(OvcoreScene, MeshFromGroupRenumbersVerticesAndMaterials) {
     ASSERT_EQ(arm->getNumVertices(), 4);
     EXPECT_EQ(arm->getVertex(0)[0], 4);
     EXPECT_EQ(arm->getVertex(3)[0], 1);
-    EXPECT_EQ(std::vector<int>(arm->getFaceVertices(1), arm->getFaceVertices(1) + 3),
-              (std::vector<int>{1, 3, 0}));
+    EXPECT_EQ(corners(*arm, 1, &OvPolyMesh::getFaceVertex), (std::vector<int>{1, 3, 0}));
     // UVs 3, 0, 2 in first-use order.
     ASSERT_EQ(arm->getUVs()->getNumValues(), 3);
     EXPECT_EQ(arm->getUVs()->getPnt2Value(0)[0], 1);
     EXPECT_EQ(arm->getUVs()->getPnt2Value(2)[0], 0.25f);
-    EXPECT_EQ(std::vector<int>(arm->getFaceUVs(1), arm->getFaceUVs(1) + 3), (std::vector<int>{2, 0, 2}));
+    EXPECT_EQ(corners(*arm, 1, &OvPolyMesh::getFaceUV), (std::vector<int>{2, 0, 2}));
     EXPECT_EQ(arm->getFaceGroupName(0), "arm");
     EXPECT_TRUE(checkMeshInvariants(*arm, int(used.size())).isEmpty());
 
     std::unique_ptr<OvPolyMesh> plain(mesh->createMeshFromGroup("arm"));
     EXPECT_EQ(plain->getFaceMaterial(0), 3) << "without the list the indices stay";
     EXPECT_EQ(mesh->createMeshFromGroup("leg"), nullptr);
+}
+
+TEST_F(OvcoreScene, MeshCutFromGroupSharesVerticesUntilWritten) {
+    OvTSharedPointer<OvPolyMesh> whole(makeMesh({{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {3, 0, 0}, {4, 0, 0}}));
+    whole->activateFaceGroup("leg");
+    whole->startFace();
+    for (int v : {3, 4, 1})
+        whole->addFaceEdge(v, 0);
+    whole->finishFace();
+    whole->activateFaceGroup("foot");
+    whole->startFace();
+    for (int v : {4, 1, 2})
+        whole->addFaceEdge(v, 0);
+    whole->finishFace();
+
+    OvTSharedPointer<OvPolyMesh> leg(whole->createMeshFromGroup("leg"));
+    OvTSharedPointer<OvPolyMesh> foot(whole->createMeshFromGroup("foot"));
+    ASSERT_TRUE(leg && foot);
+    OvTSharedPointer<OvPolyMesh> legAgain(leg->createMeshFromGroup("leg"));
+    EXPECT_TRUE(leg->sharesVerticesWith(*whole));
+    EXPECT_TRUE(legAgain->sharesVerticesWith(*whole)) << "a cut of a cut reads the first storage";
+    EXPECT_TRUE(leg->getUVs()->sharesStorageWith(*whole->getUVs()));
+    ASSERT_EQ(legAgain->getNumVertices(), 4);
+    EXPECT_EQ(legAgain->getVertex(3)[0], 2);
+    EXPECT_EQ(legAgain->getNumFaceGroupFaces(0), 2);
+
+    whole = nullptr; // the cuts keep the storage alive
+    EXPECT_EQ(leg->getVertex(0)[0], 3);
+    EXPECT_EQ(foot->getVertex(0)[0], 4);
+
+    float *writable = leg->setVertexArray(4);
+    writable[0] = 30;
+    writable[9] = 7;
+    EXPECT_FALSE(leg->sharesVerticesWith(*foot));
+    EXPECT_EQ(leg->getVertex(0)[0], 30);
+    EXPECT_EQ(leg->getVertex(2)[0], 1) << "the old vertices come along";
+    EXPECT_EQ(foot->getVertex(0)[0], 4) << "writing one cut leaves the others alone";
+
+    // New faces widen the narrow corner arrays as needed and join only the groups active then.
+    leg->setVertexArray(70000);
+    leg->deactivateAllFaceGroups();
+    leg->startFace();
+    for (int v : {0, 69999, 3})
+        leg->addFaceEdge(v, 0);
+    ASSERT_TRUE(leg->finishFace());
+    EXPECT_EQ(corners(*leg, 1, &OvPolyMesh::getFaceVertex), (std::vector<int>{1, 2, 3}));
+    EXPECT_EQ(corners(*leg, 2, &OvPolyMesh::getFaceVertex), (std::vector<int>{0, 69999, 3}));
+    EXPECT_EQ(leg->getNumFaceGroupFaces(0), 2);
+    leg->activateFaceGroup("leg");
+    leg->startFace();
+    for (int v : {1, 2, 3})
+        leg->addFaceEdge(v, 0);
+    ASSERT_TRUE(leg->finishFace());
+    ASSERT_EQ(leg->getNumFaceGroupFaces(0), 3);
+    EXPECT_EQ(leg->getFaceGroupFace(0, 1), 1);
+    EXPECT_EQ(leg->getFaceGroupFace(0, 2), 3);
+    EXPECT_TRUE(checkMeshInvariants(*leg).isEmpty());
 }
 
 TEST_F(OvcoreScene, FalloffSplineStaysSortedByX) {

@@ -27,15 +27,14 @@ QStringList checkMeshInvariants(const OvPolyMesh &mesh, int materialCount) {
             continue;
         }
         corners += n;
-        const int *v = mesh.getFaceVertices(f), *t = mesh.getFaceUVs(f);
         for (int c = 0; c < n; ++c) {
-            if (v[c] < 0 || v[c] >= nv)
-                problems
-                    << where +
-                           QStringLiteral(": face %1 vertex %2 outside 0..%3").arg(f).arg(v[c]).arg(nv - 1);
-            if (t[c] < 0 || t[c] >= nuv)
+            const int v = mesh.getFaceVertex(f, c), t = mesh.getFaceUV(f, c);
+            if (v < 0 || v >= nv)
                 problems << where +
-                                QStringLiteral(": face %1 uv %2 outside 0..%3").arg(f).arg(t[c]).arg(nuv - 1);
+                                QStringLiteral(": face %1 vertex %2 outside 0..%3").arg(f).arg(v).arg(nv - 1);
+            if (t < 0 || t >= nuv)
+                problems << where +
+                                QStringLiteral(": face %1 uv %2 outside 0..%3").arg(f).arg(t).arg(nuv - 1);
         }
         int m = mesh.getFaceMaterial(f);
         if (m < 0 || (materialCount >= 0 && m >= materialCount))
