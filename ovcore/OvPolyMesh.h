@@ -57,7 +57,12 @@ public:
         makeOwn();
         m_store->values.reserve(N * size_t(n));
     }
-    void clear() { resize(0); }
+    void clear() {
+        m_store = new OvFloatStore; // nothing to copy on the way out of a shared storage
+        m_index = OvPodArray<int>();
+        m_indexed = false;
+        m_count = 0;
+    }
     void shrinkToFit() {
         if (!m_indexed && m_store->refCount() == 1)
             m_store->values.shrinkToFit();

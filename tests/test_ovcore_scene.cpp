@@ -455,6 +455,9 @@ TEST_F(OvcoreScene, MeshCutFromGroupSharesVerticesUntilWritten) {
     EXPECT_EQ(leg->getVertex(0)[0], 30);
     EXPECT_EQ(leg->getVertex(2)[0], 1) << "the old vertices come along";
     EXPECT_EQ(foot->getVertex(0)[0], 4) << "writing one cut leaves the others alone";
+    foot->getUVs()->clear();
+    EXPECT_EQ(foot->getUVs()->getNumValues(), 0);
+    EXPECT_EQ(leg->getUVs()->getNumValues(), 1);
 
     // New faces widen the narrow corner arrays as needed and join only the groups active then.
     leg->setVertexArray(70000);
