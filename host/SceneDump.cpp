@@ -221,10 +221,11 @@ void jsonMaterial(JsonWriter &w, DumpContext &ctx, const OvMaterial &m) {
     w.endObject();
 }
 
-void jsonIntList(JsonWriter &w, const int *v, int n) {
+// A JSON array of the n ints that at(0) .. at(n - 1) give.
+template <class At> void jsonIntList(JsonWriter &w, int n, At at) {
     w.beginArray();
     for (int i = 0; i < n; ++i)
-        w.value(v[i]);
+        w.value(at(i));
     w.endArray();
 }
 
@@ -270,15 +271,9 @@ void jsonMesh(JsonWriter &w, DumpContext &ctx, const OvPolyMesh &mesh, bool data
             w.beginObject();
             const int n = mesh.getFaceSize(f);
             w.key("v");
-            w.beginArray();
-            for (int c = 0; c < n; ++c)
-                w.value(mesh.getFaceVertex(f, c));
-            w.endArray();
+            jsonIntList(w, n, [&](int c) { return mesh.getFaceVertex(f, c); });
             w.key("uv");
-            w.beginArray();
-            for (int c = 0; c < n; ++c)
-                w.value(mesh.getFaceUV(f, c));
-            w.endArray();
+            jsonIntList(w, n, [&](int c) { return mesh.getFaceUV(f, c); });
             w.field("material", mesh.getFaceMaterial(f));
             w.endObject();
         }
@@ -292,11 +287,8 @@ void jsonMesh(JsonWriter &w, DumpContext &ctx, const OvPolyMesh &mesh, bool data
         const int count = mesh.getNumFaceGroupFaces(g);
         w.field("faceCount", count);
         if (data) {
-            std::vector<int> faces(static_cast<size_t>(count));
-            for (int i = 0; i < count; ++i)
-                faces[size_t(i)] = mesh.getFaceGroupFace(g, i);
             w.key("faces");
-            jsonIntList(w, faces.data(), count);
+            jsonIntList(w, count, [&](int i) { return mesh.getFaceGroupFace(g, i); });
         }
         w.endObject();
     }

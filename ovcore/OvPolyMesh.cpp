@@ -129,17 +129,20 @@ OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name, std::vector<int
     if (g < 0)
         return nullptr;
     const size_t nf = size_t(getNumFaceGroupFaces(g));
-    if (materialIndices) {
+    size_t corners = 0;
+    if (materialIndices)
         materialIndices->clear();
-        for (size_t i = 0; i < nf; ++i)
-            materialIndices->push_back(getFaceMaterial(getFaceGroupFace(g, int(i))));
+    for (size_t i = 0; i < nf; ++i) {
+        const int f = getFaceGroupFace(g, int(i));
+        corners += size_t(getFaceSize(f));
+        if (materialIndices)
+            materialIndices->push_back(getFaceMaterial(f));
+    }
+    if (materialIndices) {
         std::sort(materialIndices->begin(), materialIndices->end());
         materialIndices->erase(std::unique(materialIndices->begin(), materialIndices->end()),
                                materialIndices->end());
     }
-    size_t corners = 0;
-    for (size_t i = 0; i < nf; ++i)
-        corners += size_t(getFaceSize(getFaceGroupFace(g, int(i))));
 
     auto *mesh = new OvPolyMesh;
     mesh->setName(name);

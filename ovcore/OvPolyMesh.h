@@ -122,7 +122,6 @@ public:
     void truncate(size_t n) { m_narrow ? m_short.truncate(n) : m_wide.truncate(n); }
     void shrinkToFit() { m_narrow ? m_short.shrinkToFit() : m_wide.shrinkToFit(); }
     size_t bytes() const { return m_short.bytes() + m_wide.bytes(); }
-    bool isNarrow() const { return m_narrow; }
     // Storage for n indices below 65536 (narrow) or of any size, filled by the caller.
     uint16_t *resizeNarrow(size_t n) {
         m_wide = OvPodArray<int>();
