@@ -2,19 +2,12 @@
 # Generates the OBJ benchmark inputs if they are missing, builds obj_bench (RelWithDebInfo, in
 # build/ or $BUILD_DIR) and runs it on them.
 #
-#   bench/run_obj_bench.sh [INPUT_DIR] [RUNS]     INPUT_DIR defaults to /tmp/ov-bench
+#   bench/run_obj_bench.sh [INPUT_DIR] [RUNS]     INPUT_DIR defaults to build/bench-inputs
 set -euo pipefail
 cd "$(dirname "$0")/.."
-inputs="${1:-/tmp/ov-bench}"
+inputs="${1:-build/bench-inputs}"
 runs="${2:-5}"
-generator="$PWD/../shared/bench/gen_obj.py"
-[ -f "$generator" ] || generator="/work/shared/bench/gen_obj.py"
-for name in poser grid; do
-  if [ ! -f "$inputs/$name.obj" ] || [ ! -f "$inputs/$name.mtl" ]; then
-    echo "obj bench: generating $inputs/$name.obj"
-    python3 "$generator" "$inputs" "$name" >/dev/null
-  fi
-done
+bench/make_inputs.sh "$inputs" obj
 build="${BUILD_DIR:-build}"
 if [ ! -f "$build/build.ninja" ]; then
   cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null

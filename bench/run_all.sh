@@ -1,0 +1,21 @@
+#!/usr/bin/env bash
+# Every benchmark on inputs generated inside the build folder: the OBJ reader, the Poser read driver
+# and the whole figure import, each against its baseline measured in the same run.
+#
+#   bench/run_all.sh [RUNS]
+set -euo pipefail
+cd "$(dirname "$0")/.."
+runs="${1:-5}"
+build="${BUILD_DIR:-build}"
+inputs="$build/bench-inputs"
+bench/make_inputs.sh "$inputs" all
+if [ ! -f "$build/build.ninja" ]; then
+  cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+fi
+cmake --build "$build" --target obj_bench poser_bench figure_bench
+echo "== OBJ reader"
+"$build/bin/obj_bench" --runs "$runs" "$inputs/poser.obj" "$inputs/grid.obj"
+echo "== Poser read driver"
+"$build/bin/poser_bench" "$inputs/bench.cr2" "$runs"
+echo "== Figure import"
+"$build/bin/figure_bench" "$inputs/figure/figure.cr2" "$inputs/figure" "$inputs/poser.obj" "$runs"
