@@ -10,6 +10,7 @@
 // earlier read is reused: the peak resident size during readShape minus the resident size right
 // before it, against the bytes of mesh data the read returned.
 #include "BenchSupport.h"
+#include "ObjPeers.h"
 
 #include <OvApp.h>
 #include <OvShape.h>
@@ -284,11 +285,16 @@ int main(int argc, char **argv) {
         return 2;
     }
 
+    struct PeerRow {
+        const char *name;
+        double medianWall;
+    };
     struct Row {
         const char *name;
         double mb;
         RunStats floor, read;
         Peak peak;
+        std::vector<PeerRow> peers;
     };
     std::vector<Row> rows;
     std::vector<char> buf;
@@ -318,11 +324,19 @@ int main(int argc, char **argv) {
                 floor = st;
         }
 
+        // Rounds interleave our reader with the peers, so that a busy moment of the machine hits all.
+        const std::vector<bench::ObjPeer> &peers = bench::objPeers();
+        std::vector<std::vector<double>> peerTimes(peers.size());
+        std::vector<bench::PeerResult> peerLast(peers.size());
         std::vector<Times> times;
         ReadResult r;
         for (int i = 0; i < runs; ++i) {
             r = readOnce(path, i == runs - 1);
             times.push_back(r.time);
+            for (size_t k = 0; k < peers.size(); ++k) {
+                peerLast[k] = peers[k].read(path);
+                peerTimes[k].push_back(peerLast[k].seconds);
+            }
         }
         if (r.code != 0) {
             std::fprintf(stderr, "readShape of %s returned 0x%x\n", path, r.code);
@@ -338,6 +352,22 @@ int main(int argc, char **argv) {
             "  mesh: %d vertices, %d uvs, %d faces, %d groups, %d materials; %d log lines; digest %016llx\n",
             r.vertices, r.uvs, r.faces, r.groups, r.materials, int(OvApp::log().size()), r.digest);
 
+        std::vector<PeerRow> peerRows;
+        for (size_t k = 0; k < peers.size(); ++k) {
+            const bench::PeerResult &pr = peerLast[k];
+            if (!pr.ok) {
+                std::printf("  %s: could not read the file\n", peers[k].name);
+                continue;
+            }
+            const double med = median(peerTimes[k]);
+            const bool same = (pr.vertices < 0 || pr.vertices == r.vertices) &&
+                              (pr.uvs < 0 || pr.uvs == r.uvs) && pr.faces == r.faces;
+            std::printf("  %s: median %.3f s wall (%.1f MB/s); %lld vertices, %lld uvs, %lld faces (%s)\n",
+                        peers[k].name, med, mb / med, pr.vertices, pr.uvs, pr.faces,
+                        same ? "same counts" : "counts differ");
+            peerRows.push_back({peers[k].name, med});
+        }
+
         Peak p = measurePeak(path);
         if (p.ok)
             std::printf(
@@ -346,7 +376,7 @@ int main(int argc, char **argv) {
                 mb / p.first.wall, mb / p.first.cpu, p.method.c_str(), p.deltaMB, p.meshMB);
         else
             std::printf("  fresh process: the child run failed\n");
-        rows.push_back({baseName(path), mb, floor, read, p});
+        rows.push_back({baseName(path), mb, floor, read, p, peerRows});
     }
 
     std::printf("\n%-10s %6s %9s %9s %7s %9s %9s %8s %8s %6s\n", "", "", "floor", "readShape", "",
@@ -363,6 +393,12 @@ int main(int argc, char **argv) {
         else
             std::printf(" %9s %8s %8s %6s\n", "-", "-", "-", "-");
     }
+    for (const Row &r : rows)
+        for (const PeerRow &peer : r.peers)
+            std::printf("%-10s readShape is %.2fx the speed of %s (medians of %d interleaved rounds)\n",
+                        r.name, peer.medianWall / r.read.medWall, peer.name, runs);
+    if (bench::objPeers().empty())
+        std::printf("no open peer built in (bench/setup_peers.sh installs tinyobjloader)\n");
     std::printf(
         "MB/s: wall-clock, best of %d runs in this process (cpu: CPU time of the reading thread, best run; "
         "1st read: the one read in a fresh process). floor: read() in reused pieces counting newlines, "

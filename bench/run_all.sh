@@ -9,9 +9,7 @@ runs="${1:-5}"
 build="${BUILD_DIR:-build}"
 inputs="$build/bench-inputs"
 bench/make_inputs.sh "$inputs" all
-if [ ! -f "$build/build.ninja" ]; then
-  cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
-fi
+bench/setup_peers.sh "$build"
 cmake --build "$build" --target obj_bench poser_bench figure_bench
 echo "== OBJ reader"
 "$build/bin/obj_bench" --runs "$runs" "$inputs/poser.obj" "$inputs/grid.obj"

@@ -9,9 +9,7 @@ inputs="${1:-build/bench-inputs}"
 runs="${2:-5}"
 bench/make_inputs.sh "$inputs" obj
 build="${BUILD_DIR:-build}"
-if [ ! -f "$build/build.ninja" ]; then
-  cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
-fi
+bench/setup_peers.sh "$build"
 echo "obj bench: $build/ is a $(sed -n 's/^CMAKE_BUILD_TYPE:STRING=//p' "$build/CMakeCache.txt") build"
 cmake --build "$build" --target obj_bench
 "$build/bin/obj_bench" --runs "$runs" "$inputs/poser.obj" "$inputs/grid.obj"
