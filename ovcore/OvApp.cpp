@@ -2,6 +2,8 @@
 #include "OvImageMgr.h"
 #include "OvScene.h"
 
+#include <QHash>
+#include <QLocale>
 #include <QWidget>
 #include <memory>
 
@@ -14,6 +16,14 @@ struct AppState {
     int progressDepth = 0;
     int progressStarts = 0;
     QList<OvApp::LogEntry> log;
+    // Messages of one kind (same text but for its numbers) seen so far, and where their count line is.
+    struct Repeat {
+        int seen = 0;
+        qsizetype countLine = -1;
+    };
+    QHash<QString, Repeat> repeats;
+    qsizetype overflowLine = -1; // the count line of messages past MaxLogEntries
+    int overflow = 0;
     OvContentMgr contentMgr;
     OvImageMgr imageMgr;
     OvHelpMgr helpMgr;
@@ -28,8 +38,12 @@ AppState &state() {
 
 } // namespace
 
-void OvApp::statusLine(const QString &text, bool) { state().status = text; }
-QString OvApp::currentStatus() { return state().status; }
+void OvApp::statusLine(const QString &text, bool) {
+    state().status = text;
+}
+QString OvApp::currentStatus() {
+    return state().status;
+}
 
 void OvApp::startProgress(const QString &text, int, bool, bool) {
     AppState &s = state();
@@ -44,24 +58,100 @@ void OvApp::finishProgress() {
         --s.progressDepth;
 }
 
-QString OvApp::progressText() { return state().progressText; }
-int OvApp::progressDepth() { return state().progressDepth; }
-int OvApp::progressStarts() { return state().progressStarts; }
+QString OvApp::progressText() {
+    return state().progressText;
+}
+int OvApp::progressDepth() {
+    return state().progressDepth;
+}
+int OvApp::progressStarts() {
+    return state().progressStarts;
+}
 
-void OvApp::pauseProgress() { ++state().progressPauses; }
+void OvApp::pauseProgress() {
+    ++state().progressPauses;
+}
 void OvApp::resumeProgress() {
     if (state().progressPauses > 0)
         --state().progressPauses;
 }
-bool OvApp::isProgressPaused() { return state().progressPauses > 0; }
+bool OvApp::isProgressPaused() {
+    return state().progressPauses > 0;
+}
 
-void OvApp::addLog(LogLevel level, const QString &text) { state().log.append({level, text}); }
-const QList<OvApp::LogEntry> &OvApp::log() { return state().log; }
-void OvApp::clearLog() { state().log.clear(); }
+namespace {
 
-OvContentMgr *OvApp::getContentMgr() { return &state().contentMgr; }
-OvImageMgr *OvApp::getImageMgr() { return &state().imageMgr; }
-OvHelpMgr *OvApp::getHelpMgr() { return &state().helpMgr; }
+// The kind of a message: its text with every run of digits as one '#', so that the same complaint
+// about line 12 and line 13 counts as a repeat.
+QString messageKind(const QString &text) {
+    QString kind;
+    kind.reserve(text.size());
+    bool inDigits = false;
+    for (QChar c : text) {
+        const bool digit = c.isDigit();
+        if (!digit)
+            kind.append(c);
+        else if (!inDigits)
+            kind.append(QLatin1Char('#'));
+        inDigits = digit;
+    }
+    return kind;
+}
+
+QString countText(int n, const char *what) {
+    return QStringLiteral("\u2026 and %1 more %2")
+        .arg(QLocale(QLocale::English).toString(n), QLatin1String(what));
+}
+
+} // namespace
+
+// A damaged or hostile file can produce a message per line: after the first few of a kind, one line
+// counts the rest, and past MaxLogEntries one last line counts everything else, so the log stays small.
+void OvApp::addLog(LogLevel level, const QString &text) {
+    AppState &s = state();
+    if (s.overflowLine >= 0) {
+        s.log[s.overflowLine].text = countText(++s.overflow, "messages");
+        return;
+    }
+    AppState::Repeat &r = s.repeats[messageKind(text)];
+    if (++r.seen <= RepeatsShown) {
+        if (s.log.size() >= MaxLogEntries) {
+            s.overflowLine = s.log.size();
+            s.overflow = 1;
+            s.log.append({level, countText(1, "messages")});
+            return;
+        }
+        s.log.append({level, text});
+        return;
+    }
+    if (r.countLine < 0) {
+        r.countLine = s.log.size();
+        s.log.append({level, QString()});
+    }
+    s.log[r.countLine].text = countText(r.seen - RepeatsShown, "like this");
+}
+
+const QList<OvApp::LogEntry> &OvApp::log() {
+    return state().log;
+}
+
+void OvApp::clearLog() {
+    AppState &s = state();
+    s.log.clear();
+    s.repeats.clear();
+    s.overflowLine = -1;
+    s.overflow = 0;
+}
+
+OvContentMgr *OvApp::getContentMgr() {
+    return &state().contentMgr;
+}
+OvImageMgr *OvApp::getImageMgr() {
+    return &state().imageMgr;
+}
+OvHelpMgr *OvApp::getHelpMgr() {
+    return &state().helpMgr;
+}
 
 OvScene *OvApp::getScene() {
     AppState &s = state();
@@ -70,8 +160,12 @@ OvScene *OvApp::getScene() {
     return s.scene.get();
 }
 
-OvMainWindow *OvApp::getInterface() { return state().mainWindow; }
-void OvApp::setInterface(OvMainWindow *window) { state().mainWindow = window; }
+OvMainWindow *OvApp::getInterface() {
+    return state().mainWindow;
+}
+void OvApp::setInterface(OvMainWindow *window) {
+    state().mainWindow = window;
+}
 
 void OvApp::reset() {
     AppState &s = state();
@@ -80,7 +174,7 @@ void OvApp::reset() {
     s.progressText.clear();
     s.progressDepth = 0;
     s.progressStarts = 0;
-    s.log.clear();
+    clearLog();
     s.contentMgr = OvContentMgr();
     s.imageMgr.clear();
     s.helpMgr.clear();

@@ -25,7 +25,8 @@ public:
     static QString currentStatus();
 
     // Progress display of a long step; calls nest, the outermost text is the one shown.
-    static void startProgress(const QString &text, int steps = 0, bool cancellable = false, bool showNow = false);
+    static void startProgress(const QString &text, int steps = 0, bool cancellable = false,
+                              bool showNow = false);
     static void finishProgress();
     // Text of the current (or else the last) outermost display; open displays.
     static QString progressText();
@@ -37,6 +38,11 @@ public:
     static void resumeProgress();
     static bool isProgressPaused();
 
+    // The log keeps the first RepeatsShown messages of a kind (the same text but for its numbers) and
+    // counts the rest on one line ("… and 99,000 more like this"); past MaxLogEntries lines, one line
+    // counts every further message.
+    static constexpr int RepeatsShown = 10;
+    static constexpr int MaxLogEntries = 10000;
     static void addLog(LogLevel level, const QString &text);
     static const QList<LogEntry> &log();
     static void clearLog();

@@ -1,4 +1,5 @@
 #include "OvTextInputFile.h"
+#include "OvFileIO.h"
 
 #include <QFile>
 #include <cerrno>
@@ -22,29 +23,83 @@ struct BlankTable {
 };
 const BlankTable kBlanks;
 
-inline bool isBlank(char c) { return kBlanks.blank[static_cast<unsigned char>(c)]; }
+inline bool isBlank(char c) {
+    return kBlanks.blank[static_cast<unsigned char>(c)];
+}
+
+OvTextInputFile::Limits g_limits;
+
+const char *kindOfFile(mode_t mode) {
+    if (S_ISDIR(mode))
+        return "a folder";
+    if (S_ISFIFO(mode))
+        return "a named pipe";
+    if (S_ISSOCK(mode))
+        return "a socket";
+    if (S_ISCHR(mode) || S_ISBLK(mode))
+        return "a device";
+    return "not a regular file";
+}
+
+// UTF-16 and UTF-32 by their byte-order mark, or by NULs in every second (fourth) byte of text that
+// is mostly ASCII. Empty when the bytes look like 8-bit text.
+QString wideEncoding(const unsigned char *p, size_t n) {
+    if (n >= 4 && ((p[0] == 0xFF && p[1] == 0xFE && p[2] == 0 && p[3] == 0) ||
+                   (p[0] == 0 && p[1] == 0 && p[2] == 0xFE && p[3] == 0xFF)))
+        return QStringLiteral("UTF-32");
+    if (n >= 2 && ((p[0] == 0xFF && p[1] == 0xFE) || (p[0] == 0xFE && p[1] == 0xFF)))
+        return QStringLiteral("UTF-16");
+    size_t look = n < 4096 ? n & ~size_t(3) : 4096, nulAt[4] = {0, 0, 0, 0};
+    for (size_t i = 0; i < look; ++i)
+        nulAt[i & 3] += p[i] == 0;
+    const size_t quarter = look / 4;
+    if (quarter < 2)
+        return QString();
+    const size_t nuls = nulAt[0] + nulAt[1] + nulAt[2] + nulAt[3];
+    if (nuls >= 3 * quarter * 9 / 10 && (nulAt[0] < quarter / 10 || nulAt[3] < quarter / 10))
+        return QStringLiteral("UTF-32");
+    if ((nulAt[0] + nulAt[2] >= 2 * quarter * 9 / 10 && nulAt[1] + nulAt[3] < quarter / 5) ||
+        (nulAt[1] + nulAt[3] >= 2 * quarter * 9 / 10 && nulAt[0] + nulAt[2] < quarter / 5))
+        return QStringLiteral("UTF-16");
+    return QString();
+}
 
 } // namespace
+
+OvTextInputFile::Limits OvTextInputFile::limits() {
+    return g_limits;
+}
+void OvTextInputFile::setLimits(const Limits &limits) {
+    g_limits = limits;
+}
 
 OvTextInputFile::OvTextInputFile(const QString &name, bool compressed, bool)
     : m_name(name), m_compressed(compressed) {}
 
-OvTextInputFile::~OvTextInputFile() { close(); }
+OvTextInputFile::~OvTextInputFile() {
+    close();
+}
 
-void OvTextInputFile::setChunkSize(size_t bytes) { m_chunk = bytes < 1 ? 1 : bytes; }
+void OvTextInputFile::setChunkSize(size_t bytes) {
+    m_chunk = bytes < 1 ? 1 : bytes;
+}
 
 bool OvTextInputFile::open() {
     close();
     m_error.clear();
     QByteArray path = QFile::encodeName(m_name);
-    int fd = ::open(path.constData(), O_RDONLY | O_CLOEXEC);
+    struct stat st;
+    // Looked at before opening, and opened without blocking: opening a FIFO waits for a writer.
+    if (::stat(path.constData(), &st) == 0 && !S_ISREG(st.st_mode))
+        return refuse(QString::fromLatin1(kindOfFile(st.st_mode)));
+    int fd = ::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (fd < 0)
         return false;
-    struct stat st;
     if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
         ::close(fd);
-        return false;
+        return refuse(QString::fromLatin1(kindOfFile(st.st_mode)));
     }
+    fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK);
     if (m_compressed) {
         gzFile gz = gzdopen(fd, "rb");
         if (!gz) {
@@ -65,7 +120,7 @@ bool OvTextInputFile::open() {
     m_begin = m_end = 0;
     m_eof = m_skipping = false;
     m_eol = '\n';
-    m_truncatedLines = 0;
+    m_truncatedLines = m_firstTruncatedLine = m_tokenCutLines = m_firstTokenCutLine = m_lines = 0;
     m_bytesRead = 0;
     m_open = true;
     fillMore();
@@ -75,6 +130,8 @@ bool OvTextInputFile::open() {
         m_error = QStringLiteral("not a gzip-compressed file");
         return false;
     }
+    if (!checkEncoding())
+        return false;
     // Old Mac files end their lines with CR alone. The first DefaultChunkSize bytes decide whatever
     // the chunk size, so small chunks split lines the same way.
     for (size_t seen = 0;;) {
@@ -89,6 +146,48 @@ bool OvTextInputFile::open() {
         }
     }
     return true;
+}
+
+bool OvTextInputFile::refuse(const QString &why) {
+    close();
+    m_error = why;
+    OvFileIO::error(QStringLiteral("\"%1\" is %2: it is not read").arg(m_name, why));
+    return false;
+}
+
+// Looks at the first bytes (at least 4 KiB unless the file is shorter, whatever the chunk size).
+bool OvTextInputFile::checkEncoding() {
+    while (m_end < 4096 && fillMore()) {
+    }
+    const auto *p = reinterpret_cast<const unsigned char *>(m_buf);
+    const QString wide = wideEncoding(p, m_end);
+    if (!wide.isEmpty())
+        return refuse(QStringLiteral("%1 text, which is not read (save it as UTF-8)").arg(wide));
+    if (m_end >= 3 && p[0] == 0xEF && p[1] == 0xBB && p[2] == 0xBF)
+        m_begin = 3;
+    return true;
+}
+
+// Stops a compressed stream whose text grows far beyond anything real content does.
+bool OvTextInputFile::expansionExceeded() {
+    if (!m_gz)
+        return false;
+    const Limits &l = g_limits;
+    if (m_bytesRead > l.maxTextBytes) {
+        m_error = QStringLiteral("its text grows past %1 MiB, the limit for compressed files")
+                      .arg(l.maxTextBytes >> 20);
+        return true;
+    }
+    if (m_bytesRead > l.ratioFloor) {
+        const qint64 packed = qint64(gzoffset(static_cast<gzFile>(m_gz)));
+        if (packed > 0 && double(m_bytesRead) > l.maxExpansion * double(packed)) {
+            m_error = QStringLiteral("its text grows past %1 times its compressed size, the limit for "
+                                     "compressed files")
+                          .arg(l.maxExpansion);
+            return true;
+        }
+    }
+    return false;
 }
 
 void OvTextInputFile::close() {
@@ -121,8 +220,9 @@ long OvTextInputFile::readRaw(char *dst, size_t n) {
                 int fdTag = detail.indexOf(QLatin1String(">: ")); // zlib names the stream "<fd:N>: "
                 if (detail.startsWith(QLatin1String("<fd:")) && fdTag > 0)
                     detail = detail.mid(fdTag + 3);
-                m_error = err == Z_BUF_ERROR ? QStringLiteral("the compressed data ends too early")
-                                             : QStringLiteral("the compressed data is damaged (%1)").arg(detail);
+                m_error = err == Z_BUF_ERROR
+                              ? QStringLiteral("the compressed data ends too early")
+                              : QStringLiteral("the compressed data is damaged (%1)").arg(detail);
                 return -1;
             }
         }
@@ -166,6 +266,10 @@ bool OvTextInputFile::fillMore() {
     }
     m_end += size_t(got);
     m_bytesRead += got;
+    if (expansionExceeded()) {
+        m_eof = true;
+        return false;
+    }
     return true;
 }
 
@@ -207,8 +311,13 @@ int OvTextInputFile::tokenize(char *s, char *e, char **argv) {
     for (;;) {
         while (p < e && isBlank(*p))
             ++p;
-        if (p >= e || argc == MaxTokens)
+        if (p >= e)
             break;
+        if (argc == MaxTokens) {
+            if (m_tokenCutLines++ == 0)
+                m_firstTokenCutLine = m_lines;
+            break;
+        }
         if (*p == '"') {
             char *q = static_cast<char *>(std::memchr(p + 1, '"', size_t(e - p - 1)));
             argv[argc++] = p + 1;
@@ -229,6 +338,7 @@ bool OvTextInputFile::getLine(char **argv, int &argc) {
     argc = 0;
     if (atEnd())
         return false;
+    ++m_lines;
     size_t scanned = 0; // bytes of this line already searched for its end
     for (;;) {
         size_t avail = m_end - m_begin;
@@ -246,7 +356,8 @@ bool OvTextInputFile::getLine(char **argv, int &argc) {
             char *e = s + MaxLineLength;
             m_begin = m_end;
             m_skipping = true;
-            ++m_truncatedLines;
+            if (m_truncatedLines++ == 0)
+                m_firstTruncatedLine = m_lines;
             argc = tokenize(s, e, argv);
             return true;
         }

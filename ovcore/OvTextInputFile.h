@@ -17,6 +17,17 @@ public:
     static constexpr size_t MaxLineLength = size_t(1) << 24;
     static constexpr size_t DefaultChunkSize = size_t(1) << 18;
 
+    // A compressed stream is stopped once its text grows past `maxExpansion` times the compressed
+    // bytes read (checked from `ratioFloor` bytes of text on: small files of one repeated line are
+    // fine) or past `maxTextBytes` in all. Real content compresses 3-30 times; a "zip bomb" 1000.
+    struct Limits {
+        double maxExpansion = 250.0;
+        qint64 ratioFloor = qint64(64) << 20;
+        qint64 maxTextBytes = qint64(4) << 30;
+    };
+    static Limits limits();
+    static void setLimits(const Limits &limits);
+
     // `flag` is accepted for the host's signature; lines are always tokenized.
     OvTextInputFile(const QString &name, bool compressed, bool flag = true);
     virtual ~OvTextInputFile();
@@ -26,6 +37,9 @@ public:
     // Must be called before open(); tests use tiny chunks to exercise the chunk boundaries.
     void setChunkSize(size_t bytes);
 
+    // Only regular files are opened (a FIFO or device would block or never end); text in UTF-16 or
+    // UTF-32 is refused rather than half-read. Both are logged as errors naming the file; a file that
+    // does not exist is left to the caller to report. A UTF-8 byte-order mark is skipped.
     bool open();
     bool isOpen() const { return m_open; }
     // Reads the next line into argv (MaxTokens entries) and argc; false when no line is left.
@@ -38,8 +52,12 @@ public:
     // Set when reading failed part-way (a damaged or truncated compressed file, an I/O error).
     bool hasError() const { return !m_error.isEmpty(); }
     QString errorString() const { return m_error; }
-    // Lines cut at MaxLineLength so far.
+    // Lines cut at MaxLineLength so far, and lines whose tokens past MaxTokens were dropped; each with
+    // the number (counted from 1 by getLine) of the first such line.
     int truncatedLines() const { return m_truncatedLines; }
+    int firstTruncatedLine() const { return m_firstTruncatedLine; }
+    int tokenCutLines() const { return m_tokenCutLines; }
+    int firstTokenCutLine() const { return m_firstTokenCutLine; }
     // Bytes of (uncompressed) text delivered so far.
     qint64 bytesRead() const { return m_bytesRead; }
 
@@ -47,7 +65,10 @@ private:
     bool fillMore();
     long readRaw(char *dst, size_t n);
     bool skipLongLineRest();
-    static int tokenize(char *s, char *e, char **argv);
+    bool refuse(const QString &why);
+    bool checkEncoding();
+    bool expansionExceeded();
+    int tokenize(char *s, char *e, char **argv);
 
     QString m_name;
     bool m_compressed;
@@ -63,6 +84,10 @@ private:
     bool m_skipping = false; // inside the discarded rest of an over-long line
     char m_eol = '\n';
     int m_truncatedLines = 0;
+    int m_firstTruncatedLine = 0;
+    int m_tokenCutLines = 0;
+    int m_firstTokenCutLine = 0;
+    int m_lines = 0;
     qint64 m_bytesRead = 0;
     QString m_error;
 };
