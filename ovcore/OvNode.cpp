@@ -1,5 +1,7 @@
 #include "OvNode.h"
+
 #include "OvSkeleton.h"
+#include <QHash>
 
 #include <algorithm>
 #include <cstring>
@@ -30,7 +32,9 @@ OvElementData *OvElement::findDataItem(const QString &name) const {
     return nullptr;
 }
 
-void OvElement::addDataItem(OvElementData *item) { m_dataItems.emplace_back(item); }
+void OvElement::addDataItem(OvElementData *item) {
+    m_dataItems.emplace_back(item);
+}
 
 OvProperty *OvElement::findProperty(const QString &name) const {
     for (const auto &p : m_properties)
@@ -39,7 +43,9 @@ OvProperty *OvElement::findProperty(const QString &name) const {
     return nullptr;
 }
 
-bool OvElement::isA(const char *className) const { return std::strcmp(metaObject()->className(), className) == 0; }
+bool OvElement::isA(const char *className) const {
+    return std::strcmp(metaObject()->className(), className) == 0;
+}
 
 // ---- OvObject ----
 
@@ -96,11 +102,21 @@ OvNode::OvNode() {
     m_selectable = addProperty(new OvBoolProperty(QStringLiteral("Selectable"), true));
 }
 
+// Descendants are deleted leaves first from a list, not by recursion, so that a hierarchy of any
+// depth can be deleted; each arrives at its destructor without children.
 OvNode::~OvNode() {
-    for (OvNode *c : m_children) {
-        c->m_parent = nullptr;
-        delete c;
+    std::vector<OvNode *> below;
+    for (size_t i = 0; i < m_children.size(); ++i)
+        below.push_back(m_children[i]);
+    m_children.clear();
+    for (size_t i = 0; i < below.size(); ++i) {
+        OvNode *n = below[i];
+        n->m_parent = nullptr;
+        below.insert(below.end(), n->m_children.begin(), n->m_children.end());
+        n->m_children.clear();
     }
+    for (size_t i = below.size(); i-- > 0;)
+        delete below[i];
 }
 
 bool OvNode::isAncestorOf(const OvNode *node) const {
@@ -111,7 +127,8 @@ bool OvNode::isAncestorOf(const OvNode *node) const {
 }
 
 bool OvNode::addNodeChild(OvNode *child, bool) {
-    if (!child || child == this || child->isAncestorOf(this))
+    // A child without children of its own cannot be above this node: no walk up a deep chain then.
+    if (!child || child == this || (!child->m_children.empty() && child->isAncestorOf(this)))
         return false;
     if (child->m_parent == this)
         return true;
@@ -131,15 +148,20 @@ bool OvNode::removeNodeChild(OvNode *child, bool) {
     return true;
 }
 
+// Each node's own children are looked at before any grandchild below them.
 OvNode *OvNode::findNodeChild(const QString &name, bool recursive) const {
-    for (OvNode *c : m_children)
-        if (c->getName() == name)
-            return c;
-    if (recursive)
-        for (OvNode *c : m_children)
-            if (OvNode *found = c->findNodeChild(name, true))
-                return found;
-    return nullptr;
+    OvNode *found = nullptr;
+    forEachNode(const_cast<OvNode *>(this), [&](OvNode *n) {
+        if (found)
+            return false;
+        for (OvNode *c : n->m_children)
+            if (c->getName() == name) {
+                found = c;
+                return false;
+            }
+        return recursive;
+    });
+    return found;
 }
 
 OvSkeleton *OvNode::getSkeleton() const {
@@ -149,9 +171,19 @@ OvSkeleton *OvNode::getSkeleton() const {
     return nullptr;
 }
 
+OvVec3 OvNode::localPos() const {
+    return OvVec3(m_pos[0]->getValue(), m_pos[1]->getValue(), m_pos[2]->getValue());
+}
+
+// Summed from the root down, as a parent's position is the sum of its own chain.
 OvVec3 OvNode::getWSPos() const {
-    OvVec3 p(m_pos[0]->getValue(), m_pos[1]->getValue(), m_pos[2]->getValue());
-    return m_parent ? m_parent->getWSPos() + p : p;
+    std::vector<const OvNode *> chain;
+    for (const OvNode *n = this; n; n = n->m_parent)
+        chain.push_back(n);
+    OvVec3 p = chain.back()->localPos();
+    for (size_t i = chain.size() - 1; i-- > 0;)
+        p = p + chain[i]->localPos();
+    return p;
 }
 
 void OvNode::setWSPos(const OvVec3 &p) {
@@ -162,19 +194,21 @@ void OvNode::setWSPos(const OvVec3 &p) {
 
 OvBox3 OvNode::getWSBoundingBox() const {
     OvBox3 box;
-    const OvVec3 at = getWSPos();
-    if (m_object && m_object->getNumShapes() > 0) {
-        int shown = std::clamp(m_object->getGeometryControl()->getValue(), 0, m_object->getNumShapes() - 1);
-        if (auto *mesh = dynamic_cast<const OvPolyMesh *>(m_object->getShape(shown)->getGeometry()))
+    // Positions are carried down the walk: each node's is its parent's plus its own.
+    QHash<const OvNode *, OvVec3> at;
+    at.insert(this, getWSPos());
+    forEachNode(const_cast<OvNode *>(this), [&](OvNode *n) {
+        const OvVec3 pos = at.value(n);
+        for (OvNode *c : n->m_children)
+            at.insert(c, pos + c->localPos());
+        OvObject *object = n->m_object.get();
+        if (!object || object->getNumShapes() == 0)
+            return true;
+        int shown = std::clamp(object->getGeometryControl()->getValue(), 0, object->getNumShapes() - 1);
+        if (auto *mesh = dynamic_cast<const OvPolyMesh *>(object->getShape(shown)->getGeometry()))
             for (int v = 0; v < mesh->getNumVertices(); ++v)
-                box.extendBy(OvVec3(mesh->getVertex(v)) + at);
-    }
-    for (OvNode *c : m_children) {
-        OvBox3 child = c->getWSBoundingBox();
-        if (!child.isEmpty()) {
-            box.extendBy(child.getMin());
-            box.extendBy(child.getMax());
-        }
-    }
+                box.extendBy(OvVec3(mesh->getVertex(v)) + pos);
+        return true;
+    });
     return box;
 }

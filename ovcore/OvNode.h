@@ -155,6 +155,8 @@ public:
 
     // World space: the host composes translations only (rotations do not move children here).
     OvVec3 getWSPos() const;
+    // Position relative to the parent.
+    OvVec3 localPos() const;
     void setWSPos(const OvVec3 &p);
     // Bounds of this node's shown shapes and of its children's, in world space; empty when none.
     OvBox3 getWSBoundingBox() const;
@@ -175,3 +177,18 @@ private:
     OvBoolProperty *m_selectable;
     bool m_hidden = false;
 };
+
+// Calls visit(node) for `root` and every node below it, parents before children and children in
+// order, without recursion: how deep a hierarchy goes is up to the input. visit returns false to
+// skip the node's children.
+template <class Visit> void forEachNode(OvNode *root, Visit &&visit) {
+    std::vector<OvNode *> pending{root};
+    while (!pending.empty()) {
+        OvNode *node = pending.back();
+        pending.pop_back();
+        if (!visit(node))
+            continue;
+        for (int i = node->getNumNodeChildren(); i-- > 0;)
+            pending.push_back(node->getNodeChild(i));
+    }
+}

@@ -27,13 +27,14 @@ bool OvScene::removeNode(OvNode *node) {
     return false;
 }
 
-template <class F> static OvNode *findDepthFirst(OvNode *node, F &&match) {
-    if (match(node))
-        return node;
-    for (int i = 0; i < node->getNumNodeChildren(); ++i)
-        if (OvNode *found = findDepthFirst(node->getNodeChild(i), match))
-            return found;
-    return nullptr;
+template <class F> static OvNode *findDepthFirst(OvNode *root, F &&match) {
+    OvNode *found = nullptr;
+    forEachNode(root, [&](OvNode *n) {
+        if (!found && match(n))
+            found = n;
+        return !found;
+    });
+    return found;
 }
 
 OvNode *OvScene::findNodeByLabel(const QString &label) const {
@@ -45,7 +46,8 @@ OvNode *OvScene::findNodeByLabel(const QString &label) const {
 
 OvBasicCamera *OvScene::findCamera(const QString &name) const {
     for (OvNode *n : m_nodes)
-        if (OvNode *found = findDepthFirst(n, [&](OvNode *x) { return x->getName() == name && x->inherits("OvBasicCamera"); }))
+        if (OvNode *found = findDepthFirst(
+                n, [&](OvNode *x) { return x->getName() == name && x->inherits("OvBasicCamera"); }))
             return static_cast<OvBasicCamera *>(found);
     return nullptr;
 }
@@ -59,18 +61,24 @@ bool OvScene::contains(const OvNode *node) const {
     return std::find(m_nodes.begin(), m_nodes.end(), top) != m_nodes.end();
 }
 
-static int removeFromChildren(OvNode *parent, const char *className, OvNode *&selection) {
+// Removes and deletes the nodes of a class below `top` (not `top` itself), with what is below them.
+static int removeFromChildren(OvNode *top, const char *className, OvNode *&selection) {
     int removed = 0;
-    for (int i = parent->getNumNodeChildren() - 1; i >= 0; --i) {
-        OvNode *child = parent->getNodeChild(i);
-        if (child->inherits(className)) {
+    std::vector<OvNode *> pending{top};
+    while (!pending.empty()) {
+        OvNode *parent = pending.back();
+        pending.pop_back();
+        for (int i = parent->getNumNodeChildren() - 1; i >= 0; --i) {
+            OvNode *child = parent->getNodeChild(i);
+            if (!child->inherits(className)) {
+                pending.push_back(child);
+                continue;
+            }
             if (selection && (selection == child || child->isAncestorOf(selection)))
                 selection = nullptr;
             parent->removeNodeChild(child);
             delete child;
             ++removed;
-        } else {
-            removed += removeFromChildren(child, className, selection);
         }
     }
     return removed;
@@ -93,6 +101,10 @@ int OvScene::removeNodesOfClass(const char *className) {
     return removed;
 }
 
-int OvScene::removeAllLights() { return removeNodesOfClass("OvLight"); }
+int OvScene::removeAllLights() {
+    return removeNodesOfClass("OvLight");
+}
 
-int OvScene::removeAllCameras() { return removeNodesOfClass("OvBasicCamera"); }
+int OvScene::removeAllCameras() {
+    return removeNodesOfClass("OvBasicCamera");
+}

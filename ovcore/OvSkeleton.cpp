@@ -3,15 +3,16 @@
 OvSkeleton::OvSkeleton() : m_follow(addProperty(new OvSkeletonProperty(QStringLiteral("Follow")))) {}
 
 // A figure parented to one of this figure's nodes keeps its own bones.
-static void collectBones(const OvNode *node, QList<OvBone *> &out) {
-    for (int i = 0; i < node->getNumNodeChildren(); ++i) {
-        OvNode *c = node->getNodeChild(i);
-        if (qobject_cast<OvSkeleton *>(c))
-            continue;
-        if (auto *bone = qobject_cast<OvBone *>(c))
+static void collectBones(const OvNode *root, QList<OvBone *> &out) {
+    forEachNode(const_cast<OvNode *>(root), [&](OvNode *n) {
+        if (n == root)
+            return true;
+        if (qobject_cast<OvSkeleton *>(n))
+            return false;
+        if (auto *bone = qobject_cast<OvBone *>(n))
             out.append(bone);
-        collectBones(c, out);
-    }
+        return true;
+    });
 }
 
 OvBone *OvSkeleton::findBone(const QString &name) const {

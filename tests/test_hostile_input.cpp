@@ -1,7 +1,11 @@
 // Input that would hang, exhaust memory or be half-read: each is refused or cut with a message.
+#include "support/SceneInvariants.h"
 #include "support/TestSupport.h"
 
 #include <OvApp.h>
+#include <OvLight.h>
+#include <OvScene.h>
+#include <OvSkeleton.h>
 #include <OvTextInputFile.h>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -141,6 +145,30 @@ TEST_F(HostileInput, RepeatedMessagesAreCountedNotKept) {
     }
     ASSERT_EQ(OvApp::log().size(), OvApp::MaxLogEntries + 1);
     EXPECT_EQ(OvApp::log().last().text, QStringLiteral("\u2026 and 1,500 more messages"));
+}
+
+// Every walk of the hierarchy is iterative: a chain as deep as a hostile file can make is found,
+// measured, checked, cleared of its lights and deleted without running out of stack.
+TEST_F(HostileInput, DeepHierarchiesNeedNoRecursion) {
+    const int depth = 100000;
+    auto *skeleton = new OvSkeleton;
+    skeleton->setName(QStringLiteral("BODY"));
+    OvApp::getScene()->addNode(skeleton);
+    OvNode *parent = skeleton;
+    for (int i = 0; i < depth; ++i) {
+        OvNode *node = i == depth / 2 ? static_cast<OvNode *>(new OvDistantLight) : new OvBone;
+        node->setName(QStringLiteral("n%1").arg(i));
+        node->getYPosControl()->setValue(1.0f);
+        parent->addNodeChild(node);
+        parent = node;
+    }
+    EXPECT_EQ(parent->getWSPos()[1], float(depth));
+    EXPECT_EQ(skeleton->findNodeChild(QStringLiteral("n%1").arg(depth - 1), true), parent);
+    EXPECT_EQ(skeleton->getAllBones().size(), depth - 1);
+    EXPECT_EQ(checkSceneInvariants(*OvApp::getScene()), QStringList());
+    EXPECT_EQ(OvApp::getScene()->removeAllLights(), 1);
+    EXPECT_EQ(skeleton->getAllBones().size(), depth / 2);
+    OvApp::reset(); // deletes the rest of the chain
 }
 
 } // namespace

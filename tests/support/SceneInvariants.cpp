@@ -10,6 +10,7 @@
 #include <QHash>
 #include <QSet>
 #include <algorithm>
+#include <vector>
 
 QStringList checkMeshInvariants(const OvPolyMesh &mesh, int materialCount) {
     QStringList problems;
@@ -100,7 +101,20 @@ public:
                     gather(*scene->getNode(i));
     }
 
-    void check(const OvNode &node) {
+    // Walked with a list, not by recursion: a hostile file may nest nodes 100,000 deep.
+    void check(const OvNode &top) {
+        std::vector<const OvNode *> pending{&top};
+        while (!pending.empty()) {
+            const OvNode *node = pending.back();
+            pending.pop_back();
+            checkOne(*node, pending);
+        }
+    }
+
+    QStringList problems;
+
+private:
+    void checkOne(const OvNode &node, std::vector<const OvNode *> &pending) {
         const QString where = QStringLiteral("node \"%1\"").arg(node.getName());
         for (int i = 0; i < node.getNumNodeChildren(); ++i) {
             const OvNode *child = node.getNodeChild(i);
@@ -111,7 +125,7 @@ public:
             if (child->getNodeParent() != &node)
                 problems << where +
                                 QStringLiteral(": child \"%1\" names another parent").arg(child->getName());
-            check(*child);
+            pending.push_back(child);
         }
         // A bone may end up outside its skeleton: a parent line may name a prop of the same name.
         checkProperties(where, node);
@@ -132,15 +146,24 @@ public:
         }
     }
 
-    QStringList problems;
-
-private:
     void gatherProperty(const OvProperty *p) {
         if (p)
             m_properties.insert(p);
     }
 
-    void gather(const OvNode &node) {
+    void gather(const OvNode &top) {
+        std::vector<const OvNode *> pending{&top};
+        while (!pending.empty()) {
+            const OvNode *node = pending.back();
+            pending.pop_back();
+            gatherOne(*node);
+            for (int i = 0; i < node->getNumNodeChildren(); ++i)
+                if (node->getNodeChild(i))
+                    pending.push_back(node->getNodeChild(i));
+        }
+    }
+
+    void gatherOne(const OvNode &node) {
         m_nodes.insert(&node);
         for (int i = 0; i < node.getNumProperties(); ++i)
             gatherProperty(node.getProperty(i));
@@ -155,9 +178,6 @@ private:
                     gatherProperty(dform->getValueChannel());
             }
         }
-        for (int i = 0; i < node.getNumNodeChildren(); ++i)
-            if (node.getNodeChild(i))
-                gather(*node.getNodeChild(i));
     }
 
     // Null means "no link" and is fine.
