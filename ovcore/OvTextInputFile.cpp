@@ -335,7 +335,15 @@ int OvTextInputFile::tokenize(char *s, char *e, char **argv) {
 }
 
 bool OvTextInputFile::getLine(char **argv, int &argc) {
+    char *begin = nullptr, *end = nullptr;
     argc = 0;
+    if (!getRawLine(begin, end))
+        return false;
+    argc = tokenize(begin, end, argv);
+    return true;
+}
+
+bool OvTextInputFile::getRawLine(char *&begin, char *&end) {
     if (atEnd())
         return false;
     ++m_lines;
@@ -344,29 +352,26 @@ bool OvTextInputFile::getLine(char **argv, int &argc) {
         size_t avail = m_end - m_begin;
         void *nl = std::memchr(m_buf + m_begin + scanned, m_eol, avail - scanned);
         if (nl) {
-            char *s = m_buf + m_begin;
-            char *e = static_cast<char *>(nl);
-            m_begin = size_t(e - m_buf) + 1;
-            argc = tokenize(s, e, argv);
+            begin = m_buf + m_begin;
+            end = static_cast<char *>(nl);
+            m_begin = size_t(end - m_buf) + 1;
             return true;
         }
         scanned = avail;
         if (avail >= MaxLineLength) {
-            char *s = m_buf + m_begin;
-            char *e = s + MaxLineLength;
+            begin = m_buf + m_begin;
+            end = begin + MaxLineLength;
             m_begin = m_end;
             m_skipping = true;
             if (m_truncatedLines++ == 0)
                 m_firstTruncatedLine = m_lines;
-            argc = tokenize(s, e, argv);
             return true;
         }
         if (!fillMore()) {
             // Last line without an end-of-line: the spare byte after the data takes the final NUL.
-            char *s = m_buf + m_begin;
-            char *e = m_buf + m_end;
+            begin = m_buf + m_begin;
+            end = m_buf + m_end;
             m_begin = m_end;
-            argc = tokenize(s, e, argv);
             return true;
         }
     }

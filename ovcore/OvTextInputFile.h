@@ -44,6 +44,11 @@ public:
     bool isOpen() const { return m_open; }
     // Reads the next line into argv (MaxTokens entries) and argc; false when no line is left.
     bool getLine(char **argv, int &argc);
+    // The next line as it stands in the buffer, [begin, end) without its end-of-line, for readers that
+    // parse in place; valid until the next read. The byte at `end` may be overwritten.
+    bool getRawLine(char *&begin, char *&end);
+    // Splits a line from getRawLine as getLine does; returns the token count.
+    int tokenize(char *begin, char *end, char **argv);
     bool atEnd();
     void close();
     QString name() const { return m_name; }
@@ -68,7 +73,6 @@ private:
     bool refuse(const QString &why);
     bool checkEncoding();
     bool expansionExceeded();
-    int tokenize(char *s, char *e, char **argv);
 
     QString m_name;
     bool m_compressed;
