@@ -1,18 +1,14 @@
 // The host's file choosers and the dialog answerer, driven through real modal dialogs.
 
+#include "ImportTest.h"
 #include "support/DialogAnswerer.h"
 
 #include <OvApp.h>
 #include <OvMainWindow.h>
 
-#include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QImage>
 #include <QMessageBox>
-#include <QTemporaryDir>
-#include <QWidget>
-#include <gtest/gtest.h>
 
 #include <memory>
 
@@ -22,91 +18,53 @@ QString canonical(const QString &path) {
     return QFileInfo(path).canonicalFilePath();
 }
 
+QT_WARNING_PUSH
+QT_WARNING_DISABLE_DEPRECATED
 // The importer's three-way question: Locate (0), Skip (1, also Escape), Stop Asking (2).
-int askLikeTheImporter(QWidget *parent) {
-    QT_WARNING_PUSH
-    QT_WARNING_DISABLE_DEPRECATED
+int askLikeTheImporter(QWidget *parent, int escapeButton = 1) {
     return QMessageBox::warning(parent, "Unable to locate file", "Cannot find a file for \"x.obj\".",
-                                "Locate", "Skip", "Stop Asking", 0, 1);
-    QT_WARNING_POP
+                                "Locate", "Skip", "Stop Asking", 0, escapeButton);
 }
+QT_WARNING_POP
 
-QString touch(const QTemporaryDir &dir, const QString &name) {
-    QFile f(dir.filePath(name));
-    f.open(QIODevice::WriteOnly);
-    f.write("v 0 0 0\n");
-    return f.fileName();
-}
-
-class Dialogs : public ::testing::Test {
+class Dialogs : public ImportTest {
 protected:
-    void SetUp() override {
-        OvApp::reset();
-        ASSERT_TRUE(dir.isValid());
-    }
     OvMainWindow window;
-    QTemporaryDir dir;
 };
 
-} // namespace
-
-TEST_F(Dialogs, MessageBoxReturnsTheIndexOfThePressedButton) {
-    struct Case {
-        const char *button; // null: Escape
-        int expected;
-    };
-    for (Case c : {Case{"Locate", 0}, Case{"Skip", 1}, Case{"Stop Asking", 2}, Case{nullptr, 1}}) {
-        DialogAnswerer answerer;
-        if (c.button)
-            answerer.pressButton(c.button);
-        else
-            answerer.pressEscape();
-        EXPECT_EQ(askLikeTheImporter(&window), c.expected) << (c.button ? c.button : "Escape");
-        EXPECT_TRUE(answerer.failures().isEmpty()) << answerer.failures().join('\n').toStdString();
-        ASSERT_EQ(answerer.seen().size(), 1);
-        const DialogAnswerer::Seen &seen = answerer.seen().first();
-        EXPECT_EQ(seen.className, "QMessageBox");
-        EXPECT_EQ(seen.title, "Unable to locate file");
-        EXPECT_EQ(seen.text, "Cannot find a file for \"x.obj\".");
-        EXPECT_EQ(seen.buttons, QStringList({"Locate", "Skip", "Stop Asking"}));
-        EXPECT_EQ(seen.parent, &window);
-    }
-}
-
-TEST_F(Dialogs, QueuedAnswersGoToSuccessiveDialogs) {
+TEST_F(Dialogs, MessageBoxAnswersGoToSuccessiveQuestions) {
     DialogAnswerer answerer;
-    answerer.pressButton("Stop Asking").pressButton("Locate").pressEscape();
-    EXPECT_EQ(askLikeTheImporter(nullptr), 2);
+    answerer.pressButton("Stop Asking").pressButton("Locate").pressEscape().pressButton("Skip");
+    EXPECT_EQ(askLikeTheImporter(&window), 2);
     EXPECT_EQ(askLikeTheImporter(nullptr), 0);
     EXPECT_EQ(askLikeTheImporter(nullptr), 1);
-    EXPECT_EQ(answerer.seen().size(), 3);
+    EXPECT_EQ(askLikeTheImporter(nullptr), 1);
+    EXPECT_TRUE(answerer.failures().isEmpty()) << answerer.failures().join('\n').toStdString();
     EXPECT_EQ(answerer.pendingAnswers(), 0);
-    EXPECT_TRUE(answerer.failures().isEmpty());
+    ASSERT_EQ(answerer.seen().size(), 4);
+    const DialogAnswerer::Seen &seen = answerer.seen().first();
+    EXPECT_EQ(seen.className, "QMessageBox");
+    EXPECT_EQ(seen.title, "Unable to locate file");
+    EXPECT_EQ(seen.text, "Cannot find a file for \"x.obj\".");
+    EXPECT_EQ(seen.buttons, QStringList({"Locate", "Skip", "Stop Asking"}));
+    EXPECT_EQ(seen.parent, &window);
 }
 
 TEST_F(Dialogs, AnswererGivesUpInsteadOfHanging) {
     DialogAnswerer answerer(300);
-    // No such button, then no answer left: both rejected at once.
-    answerer.pressButton("Retry");
-    askLikeTheImporter(&window);
-    askLikeTheImporter(&window);
-    // Escape without an escape button leaves the box up until the timeout.
-    answerer.pressEscape();
-    QT_WARNING_PUSH
-    QT_WARNING_DISABLE_DEPRECATED
-    QMessageBox::warning(&window, "No escape", "text", "A", "B", "C", 0, -1);
-    QT_WARNING_POP
+    answerer.pressButton("Retry").pressEscape();
+    askLikeTheImporter(&window);     // no such button
+    askLikeTheImporter(&window, -1); // Escape without an escape button: up until the timeout
+    askLikeTheImporter(&window);     // no answer left
     const QStringList failures = answerer.failures();
     ASSERT_EQ(failures.size(), 3) << failures.join('\n').toStdString();
     EXPECT_TRUE(failures[0].contains("no button \"Retry\""));
-    EXPECT_TRUE(failures[1].contains("no answer queued"));
-    EXPECT_TRUE(failures[2].contains("still open after 300 ms"));
-    EXPECT_EQ(answerer.seen().size(), 3);
+    EXPECT_TRUE(failures[1].contains("still open after 300 ms"));
+    EXPECT_TRUE(failures[2].contains("no answer queued"));
 }
 
-TEST(FileFilter, EntriesAndFilterStrings) {
+TEST(FileFilter, EntriesBecomeChooserFilters) {
     OvFileFilter filter;
-    EXPECT_TRUE(filter.qtFilters().isEmpty());
     filter.newFilter("OBJFile");
     filter.addExtension("obj");
     filter.newFilter("Poser");
@@ -114,82 +72,54 @@ TEST(FileFilter, EntriesAndFilterStrings) {
     filter.addExtension("*.crz");
     filter.addExtension("cr2"); // once is enough
     filter.newFilter("Anything");
-    ASSERT_EQ(filter.count(), 3);
-    EXPECT_EQ(filter.name(1), "Poser");
-    EXPECT_EQ(filter.extensions(1), QStringList({"cr2", "crz"}));
     EXPECT_EQ(filter.qtFilters(), QStringList({"OBJFile (*.obj)", "Poser (*.cr2 *.crz)", "Anything (*)"}));
-
     OvFileFilter unnamed;
     unnamed.addExtension("png");
     EXPECT_EQ(unnamed.qtFilters(), QStringList({"*.png"}));
 }
 
-TEST_F(Dialogs, FileDialogAcceptsAChosenFile) {
-    const QString file = touch(dir, "ball.obj");
+TEST_F(Dialogs, OpenDialogStartsAtTheMissingFileAndInsistsOnAnExistingOne) {
+    const QString file = this->file("ball.obj", "v 0 0 0\n");
     OvFileFilter filter;
     filter.newFilter("OBJFile");
     filter.addExtension("obj");
-
     DialogAnswerer answerer;
-    answerer.chooseFile(file);
+    // A missing file is refused with a nested warning and the chooser stays open.
+    answerer.chooseFile(dir.filePath("missing.obj")).pressButton("OK").chooseFile(file);
     QString selected;
-    int filterIndex = 0;
-    // The start file is the one being looked for; it does not exist in the start folder.
+    int filterIndex = -1;
     EXPECT_TRUE(window.doFileDialog(true, "Please locate the file: ball.obj", dir.filePath("ball2.obj"),
                                     filter, selected, &filterIndex));
     EXPECT_EQ(canonical(selected), canonical(file));
     EXPECT_EQ(filterIndex, 0);
     EXPECT_TRUE(answerer.failures().isEmpty()) << answerer.failures().join('\n').toStdString();
-    ASSERT_EQ(answerer.seen().size(), 1);
+    ASSERT_EQ(answerer.seen().size(), 3);
     const DialogAnswerer::Seen &seen = answerer.seen().first();
     EXPECT_EQ(seen.className, "QFileDialog");
     EXPECT_EQ(seen.title, "Please locate the file: ball.obj");
     EXPECT_EQ(seen.filters, QStringList({"OBJFile (*.obj)", "All Files (*)"}));
     EXPECT_EQ(canonical(seen.directory), canonical(dir.path()));
-    ASSERT_EQ(seen.selection.size(), 1);
-    EXPECT_EQ(QFileInfo(seen.selection.first()).fileName(), "ball2.obj");
+    EXPECT_EQ(seen.selection.size(), 1);
+    EXPECT_EQ(QFileInfo(seen.selection.value(0)).fileName(), "ball2.obj");
     EXPECT_FALSE(seen.saving);
     EXPECT_EQ(seen.parent, &window);
+    EXPECT_TRUE(answerer.seen()[1].text.contains("missing.obj"));
 }
 
-TEST_F(Dialogs, FileDialogCancelledLeavesTheSelectionAlone) {
-    touch(dir, "ball.obj");
-    OvFileFilter filter;
+TEST_F(Dialogs, CancelledOrSavedChoices) {
     QWidget owner;
     DialogAnswerer answerer;
-    answerer.reject().pressEscape();
+    answerer.reject().pressEscape().chooseFile(dir.filePath("new.obj"));
     QString selected = "unchanged";
-    EXPECT_FALSE(window.doFileDialog(true, "Open", dir.path(), filter, selected, nullptr, &owner));
-    EXPECT_FALSE(window.doFileDialog(true, "Open", dir.path(), filter, selected));
+    EXPECT_FALSE(window.doFileDialog(true, "Open", dir.path(), OvFileFilter(), selected, nullptr, &owner));
+    EXPECT_FALSE(window.doFileDialog(true, "Open", dir.path(), OvFileFilter(), selected));
     EXPECT_EQ(selected, "unchanged");
-    ASSERT_EQ(answerer.seen().size(), 2);
+    EXPECT_TRUE(window.doFileDialog(false, "Save", dir.path(), OvFileFilter(), selected));
+    EXPECT_EQ(selected, dir.filePath("new.obj"));
+    ASSERT_EQ(answerer.seen().size(), 3);
     EXPECT_EQ(answerer.seen()[0].parent, &owner);
     EXPECT_EQ(answerer.seen()[0].filters, QStringList({"All Files (*)"}));
-    EXPECT_TRUE(answerer.failures().isEmpty());
-}
-
-TEST_F(Dialogs, OpenDialogInsistsOnAnExistingFile) {
-    // The chooser refuses a missing file with a nested warning and stays open.
-    DialogAnswerer answerer;
-    answerer.chooseFile(dir.filePath("missing.obj")).pressButton("OK").reject();
-    QString selected;
-    EXPECT_FALSE(window.doFileDialog(true, "Open", dir.path(), OvFileFilter(), selected));
-    EXPECT_TRUE(answerer.failures().isEmpty()) << answerer.failures().join('\n').toStdString();
-    ASSERT_EQ(answerer.seen().size(), 3);
-    EXPECT_EQ(answerer.seen()[1].className, "QMessageBox");
-    EXPECT_TRUE(answerer.seen()[1].text.contains("missing.obj"));
-    EXPECT_EQ(answerer.seen()[2].className, "QFileDialog");
-}
-
-TEST_F(Dialogs, SaveDialogAcceptsANewName) {
-    DialogAnswerer answerer;
-    const QString target = dir.filePath("new.obj");
-    answerer.chooseFile(target);
-    QString selected;
-    EXPECT_TRUE(window.doFileDialog(false, "Save", dir.path(), OvFileFilter(), selected));
-    EXPECT_EQ(selected, target);
-    ASSERT_EQ(answerer.seen().size(), 1);
-    EXPECT_TRUE(answerer.seen().first().saving);
+    EXPECT_TRUE(answerer.seen()[2].saving);
 }
 
 TEST_F(Dialogs, ImageDialogOffersReadableFormats) {
@@ -197,21 +127,18 @@ TEST_F(Dialogs, ImageDialogOffersReadableFormats) {
     image.fill(Qt::red);
     const QString png = dir.filePath("skin.png");
     ASSERT_TRUE(image.save(png));
-
     DialogAnswerer answerer;
     answerer.chooseFile(png);
     QString selected;
     EXPECT_TRUE(window.doImageDialog(true, selected, nullptr, dir.path()));
     EXPECT_EQ(canonical(selected), canonical(png));
     ASSERT_EQ(answerer.seen().size(), 1);
-    const DialogAnswerer::Seen &seen = answerer.seen().first();
-    ASSERT_EQ(seen.filters.size(), 2);
-    EXPECT_TRUE(seen.filters[0].startsWith("Images (")) << seen.filters[0].toStdString();
-    EXPECT_TRUE(seen.filters[0].contains("*.png"));
-    EXPECT_TRUE(seen.filters[0].contains("*.jpg"));
-    EXPECT_EQ(seen.filters[1], "All Files (*)");
-    EXPECT_EQ(canonical(seen.directory), canonical(dir.path()));
-    EXPECT_EQ(seen.parent, &window);
+    const QStringList filters = answerer.seen()[0].filters;
+    ASSERT_EQ(filters.size(), 2);
+    EXPECT_TRUE(filters[0].startsWith("Images (") && filters[0].contains("*.png") &&
+                filters[0].contains("*.jpg"))
+        << filters[0].toStdString();
+    EXPECT_EQ(filters[1], "All Files (*)");
 }
 
 TEST(MainWindow, ForgetsItselfAsTheInterfaceWhenDestroyed) {
@@ -222,3 +149,5 @@ TEST(MainWindow, ForgetsItselfAsTheInterfaceWhenDestroyed) {
     window.reset();
     EXPECT_EQ(OvApp::getInterface(), nullptr);
 }
+
+} // namespace
