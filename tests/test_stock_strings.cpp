@@ -14,86 +14,66 @@ namespace {
 
 QStringList g_traces;
 
-// Collects the debug traces written while it lives.
-struct TraceCapture {
-    TraceCapture()
-        : previous(qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &, const QString &m) {
-              if (type == QtDebugMsg)
-                  g_traces.append(m);
-          })) {
-        g_traces.clear();
-    }
-    ~TraceCapture() { qInstallMessageHandler(previous); }
-    QtMessageHandler previous;
-};
+void collectTrace(QtMsgType type, const QMessageLogContext &, const QString &message) {
+    if (type == QtDebugMsg)
+        g_traces.append(message);
+}
 
-struct Table {
+const struct {
     int id;
     QString (*lookup)(int);
     int size;
-    // Index and text of the first, one inner and the last entry, and of entries that look like slips
-    // of the original but must stay as they are.
+    // The first, an inner and the last entry, and entries that look like slips of the original but
+    // must stay as they are (entries without geometry are one blank, never empty).
     std::vector<std::pair<int, const char *>> spots;
-};
-
-const Table kTables[] = {
-    {1024,
-     getStringRes1024,
-     105,
-     {{1, "Body"}, {54, "Neck 1"}, {103, "InnerMatSphere"}, {104, "outerMatSphere"}, {105, "nullMatSphere"}}},
+} kTables[] = {
+    // clang-format off
+    {1024, getStringRes1024, 105, {{1, "Body"}, {54, "Neck 1"}, {103, "InnerMatSphere"}, {104, "outerMatSphere"},
+                                   {105, "nullMatSphere"}}},
     {1025, getStringRes1025, 18, {{1, "Main Camera"}, {13, "LHand Camera"}, {18, "Shadow Cam Lite 4"}}},
     {1026, getStringRes1026, 10, {{1, "Ball"}, {9, "GROUND"}, {10, "UNIVERSE"}}},
     {1027, getStringRes1027, 3, {{1, "Light 1"}, {3, "Light 3"}}},
-    {1028,
-     getStringRes1028,
-     53,
-     {{1, "Taper"}, {34, "yTranB"}, {35, "yTranB"}, {51, "Curve"}, {52, "curve"}, {53, "Up-Down"}}},
-    {1029,
-     getStringRes1029,
-     60,
-     {{1, "No Bump"}, {16, "ground Default Texture"}, {45, "raptor texture"}, {60, "snakelo"}}},
+    {1028, getStringRes1028, 53, {{1, "Taper"}, {34, "yTranB"}, {35, "yTranB"}, {51, "Curve"}, {52, "curve"},
+                                  {53, "Up-Down"}}},
+    {1029, getStringRes1029, 60, {{1, "No Bump"}, {16, "ground Default Texture"}, {45, "raptor texture"},
+                                  {60, "snakelo"}}},
     {1037, getStringRes1037, 20, {{1, "Relaxed"}, {16, "Pont"}, {20, "OK"}}},
-    // Entries without geometry are one blank, never empty.
-    {1052,
-     getStringRes1052,
-     42,
-     {{1, " "},
-      {9, ":Runtime:Geometries:props:ball.obj"},
-      {13, " "},
-      {41, " "},
-      {42, ":Runtime:Geometries:manikin:manikin.obj"}}},
+    {1052, getStringRes1052, 42, {{1, " "}, {9, ":Runtime:Geometries:props:ball.obj"}, {41, " "},
+                                  {42, ":Runtime:Geometries:manikin:manikin.obj"}}},
+    // clang-format on
 };
 
-} // namespace
-
-TEST(StockStrings, SpotChecksThroughBothLookups) {
-    for (const Table &t : kTables) {
-        TraceCapture capture;
-        for (const auto &[index, text] : t.spots) {
-            EXPECT_EQ(getStringRes(t.id, index), QString::fromLatin1(text)) << t.id << "," << index;
-            EXPECT_EQ(t.lookup(index), QString::fromLatin1(text)) << t.id << "," << index;
-        }
+TEST(StockStrings, SpotChecksThroughBothLookupsWithoutTraces) {
+    g_traces.clear();
+    qInstallMessageHandler(collectTrace);
+    for (const auto &t : kTables) {
+        for (const auto &[index, text] : t.spots)
+            EXPECT_EQ(getStringRes(t.id, index) + "|" + t.lookup(index), QString(text) + "|" + text) << t.id;
         for (int i = 1; i <= t.size; ++i)
             EXPECT_FALSE(t.lookup(i).isEmpty()) << t.id << "," << i;
-        EXPECT_TRUE(g_traces.isEmpty()) << "valid lookups must not trace";
     }
+    qInstallMessageHandler(nullptr);
+    EXPECT_TRUE(g_traces.isEmpty());
 }
 
 TEST(StockStrings, OutsideATableIsEmptyWithATrace) {
-    for (const Table &t : kTables) {
+    qInstallMessageHandler(collectTrace);
+    for (const auto &t : kTables) {
+        const QString trace =
+            QString("Invalid resource ID passed to OvPZ3Importer::getStringRes%1()").arg(t.id);
         for (int index : {0, t.size + 1, -1, INT_MIN, INT_MAX}) {
-            TraceCapture capture;
-            EXPECT_TRUE(getStringRes(t.id, index).isEmpty()) << t.id << "," << index;
-            EXPECT_TRUE(t.lookup(index).isEmpty()) << t.id << "," << index;
-            const QString trace =
-                QStringLiteral("Invalid resource ID passed to OvPZ3Importer::getStringRes%1()").arg(t.id);
+            g_traces.clear();
+            EXPECT_TRUE(getStringRes(t.id, index).isEmpty() && t.lookup(index).isEmpty())
+                << t.id << "," << index;
             EXPECT_EQ(g_traces, QStringList({trace, trace})) << t.id << "," << index;
         }
     }
     for (int id : {1030, 1023, 1036, 1038, 1051, 1053, 0, -1024}) {
-        TraceCapture capture;
+        g_traces.clear();
         EXPECT_TRUE(getStringRes(id, 1).isEmpty()) << id;
-        EXPECT_EQ(g_traces,
-                  QStringList{QStringLiteral("Invalid resource ID passed to OvPZ3Importer::getStringRes()")});
+        EXPECT_EQ(g_traces, QStringList{"Invalid resource ID passed to OvPZ3Importer::getStringRes()"});
     }
+    qInstallMessageHandler(nullptr);
 }
+
+} // namespace

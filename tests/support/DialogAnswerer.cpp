@@ -2,8 +2,6 @@
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QDialog>
-#include <QDir>
 #include <QFileDialog>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -11,14 +9,9 @@
 
 namespace {
 
-// Mnemonic markers are not part of what the user reads.
-QString plainText(QString text) {
-    return text.remove(QLatin1Char('&'));
-}
-
 QAbstractButton *findButton(QWidget *dialog, const QString &text) {
     for (QAbstractButton *button : dialog->findChildren<QAbstractButton *>())
-        if (button->isVisible() && button->isEnabled() && plainText(button->text()) == text)
+        if (button->isVisible() && button->isEnabled() && button->text().remove('&') == text) // no mnemonics
             return button;
     return nullptr;
 }
@@ -66,7 +59,7 @@ void DialogAnswerer::record(QWidget *dialog) {
     if (auto *box = qobject_cast<QMessageBox *>(dialog)) {
         seen.text = box->text();
         for (QAbstractButton *button : box->buttons())
-            seen.buttons.append(plainText(button->text()));
+            seen.buttons.append(button->text().remove('&'));
     } else if (auto *files = qobject_cast<QFileDialog *>(dialog)) {
         seen.filters = files->nameFilters();
         seen.directory = files->directory().absolutePath();
@@ -80,23 +73,23 @@ void DialogAnswerer::answer(QWidget *dialog) {
     if (m_answers.isEmpty())
         return giveUp(dialog, QStringLiteral("no answer queued"));
     const Answer next = m_answers.takeFirst();
-    if (next.kind == Kind::Button) {
-        if (!findButton(dialog, next.value))
-            return giveUp(dialog, QStringLiteral("no button \"%1\"").arg(next.value));
-        later(dialog, [text = next.value](QWidget *d) {
+    if (next.first == Kind::Button) {
+        if (!findButton(dialog, next.second))
+            return giveUp(dialog, QStringLiteral("no button \"%1\"").arg(next.second));
+        later(dialog, [text = next.second](QWidget *d) {
             if (QAbstractButton *button = findButton(d, text))
                 button->click();
         });
-    } else if (next.kind == Kind::Escape) {
+    } else if (next.first == Kind::Escape) {
         later(dialog, [](QWidget *d) {
             QKeyEvent press(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
             QCoreApplication::sendEvent(d, &press);
         });
-    } else if (next.kind == Kind::File) {
+    } else if (next.first == Kind::File) {
         if (!qobject_cast<QFileDialog *>(dialog))
             return giveUp(dialog, QStringLiteral("a file was to be chosen, but the dialog is a ") +
                                       m_seen.last().className);
-        later(dialog, [path = next.value](QWidget *d) {
+        later(dialog, [path = next.second](QWidget *d) {
             // Typed into the name box as a user would (selectFile() leaves the box alone while it has
             // the focus), then accepted like pressing Open or Save, so the chooser's own checks run.
             if (auto *edit = d->findChild<QLineEdit *>(QStringLiteral("fileNameEdit")))

@@ -13,8 +13,6 @@
 //     EXPECT_TRUE(answerer.failures().isEmpty());
 
 #include <QElapsedTimer>
-#include <QList>
-#include <QObject>
 #include <QPointer>
 #include <QStringList>
 #include <QTimer>
@@ -51,10 +49,7 @@ public:
 
 private:
     enum class Kind { Button, Escape, File, Reject };
-    struct Answer {
-        Kind kind;
-        QString value;
-    };
+    using Answer = std::pair<Kind, QString>;
 
     DialogAnswerer &queue(Kind kind, const QString &value = QString()) {
         m_answers.append({kind, value});
