@@ -26,9 +26,8 @@ HostRun runHost(const QStringList &args) {
     QProcess process;
     process.start(OV_BIN_DIR "/ovimport", resolved);
     HostRun run;
-    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
-        return run;
-    run.exitCode = process.exitCode();
+    process.waitForFinished(60000);
+    run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1; // -1: crashed
     for (auto [text, bytes] : {std::pair{&run.out, process.readAllStandardOutput()},
                                std::pair{&run.err, process.readAllStandardError()}}) {
         *text = QString::fromUtf8(bytes);

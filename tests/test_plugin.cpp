@@ -34,9 +34,12 @@ TEST_F(PluginShell, EntryPointsDescribeThePlugin) {
     EXPECT_EQ(plugin->getAuthor(), "Orvane 3D, Inc");
     EXPECT_EQ(plugin->getVersion(), 0x01030100ul);
     // The description keeps the original's wording, slips included.
-    EXPECT_TRUE(plugin->getDescription().startsWith(
-        "Provides the ability to import Poser format assets (pz3, pz2, cr2, "
-        "lt2, cm2, pp2, fc2, hd2, hr2 - and thier compressed counterparts)."));
+    const QString description = plugin->getDescription();
+    EXPECT_TRUE(
+        description.startsWith("Provides the ability to import Poser format assets (pz3, pz2, cr2, lt2, "
+                               "cm2, pp2, fc2, hd2, hr2 - and thier compressed counterparts)."));
+    EXPECT_TRUE(
+        description.endsWith("Ka, Kd, Ks, Km, Tr, d, map_Ka, map_Kd, map_Ks, map_bump, map_D, map_refl"));
 }
 
 TEST_F(PluginShell, FactoriesMakeThePoserThenTheObjImporter) {
