@@ -20,23 +20,10 @@ namespace {
 using Layout = JsonWriter::Layout;
 
 const char *listKey(SceneVisitor::List which) {
-    switch (which) {
-    case SceneVisitor::List::Nodes:
-        return "nodes";
-    case SceneVisitor::List::Children:
-        return "children";
-    case SceneVisitor::List::DataItems:
-        return "dataItems";
-    case SceneVisitor::List::Properties:
-        return "properties";
-    case SceneVisitor::List::Modifiers:
-        return "modifiers";
-    case SceneVisitor::List::Shapes:
-        return "shapes";
-    case SceneVisitor::List::Materials:
-        return "materials";
-    }
-    return "";
+    // In the order of SceneVisitor::List.
+    static const char *const keys[] = {"nodes",     "children", "dataItems", "properties",
+                                       "modifiers", "shapes",   "materials"};
+    return keys[int(which)];
 }
 
 // A short list of numbers on one line.
@@ -103,29 +90,23 @@ void defaultMaterial(JsonWriter &w, const OvDefaultMaterial &d) {
     w.endObject();
 }
 
+// n tuples of `size` floats, one tuple to a line.
+template <class At> void tuples(JsonWriter &w, const char *key, int n, int size, At at) {
+    w.key(key);
+    w.beginArray();
+    for (int i = 0; i < n; ++i) {
+        w.beginArray(Layout::Line);
+        for (int k = 0; k < size; ++k)
+            w.value(at(i)[k]);
+        w.endArray();
+    }
+    w.endArray();
+}
+
 // Vertices, UVs and faces one to a line.
 void meshData(JsonWriter &w, const OvPolyMesh &mesh) {
-    w.key("vertices");
-    w.beginArray();
-    for (int i = 0; i < mesh.getNumVertices(); ++i) {
-        const float *p = mesh.getVertex(i);
-        w.beginArray(Layout::Line);
-        w.value(p[0]);
-        w.value(p[1]);
-        w.value(p[2]);
-        w.endArray();
-    }
-    w.endArray();
-    w.key("uvs");
-    w.beginArray();
-    for (int i = 0; i < mesh.getUVs()->getNumValues(); ++i) {
-        const float *t = mesh.getUVs()->getPnt2Value(i);
-        w.beginArray(Layout::Line);
-        w.value(t[0]);
-        w.value(t[1]);
-        w.endArray();
-    }
-    w.endArray();
+    tuples(w, "vertices", mesh.getNumVertices(), 3, [&](int i) { return mesh.getVertex(i); });
+    tuples(w, "uvs", mesh.getUVs()->getNumValues(), 2, [&](int i) { return mesh.getUVs()->getPnt2Value(i); });
     w.key("faces");
     w.beginArray();
     for (int f = 0; f < mesh.getNumFaces(); ++f) {
