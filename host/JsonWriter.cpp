@@ -2,9 +2,9 @@
 
 #include <cmath>
 
-void JsonWriter::newline() {
+void JsonWriter::newline(size_t depth) {
     m_out << '\n';
-    for (size_t i = 0; i < m_levels.size(); ++i)
+    for (size_t i = 0; i < depth; ++i)
         m_out << "  ";
 }
 
@@ -15,40 +15,50 @@ void JsonWriter::separate() {
     }
     if (m_levels.empty())
         return;
-    if (!m_levels.back().empty)
+    Level &level = m_levels.back();
+    if (level.members > 0)
         m_out << ',';
-    m_levels.back().empty = false;
-    newline();
+    const bool breakLine =
+        level.layout == Layout::Block || (level.layout == Layout::Rows && level.members % kRowLength == 0);
+    if (breakLine)
+        newline(m_levels.size());
+    else if (level.members > 0)
+        m_out << ' ';
+    ++level.members;
 }
 
-void JsonWriter::beginObject() {
+void JsonWriter::begin(char bracket, Layout layout) {
     separate();
-    m_out << '{';
-    m_levels.push_back({false, true});
+    m_out << bracket;
+    if (!m_levels.empty() && m_levels.back().layout != Layout::Block)
+        layout = Layout::Line;
+    m_levels.push_back({layout, 0});
 }
 
-void JsonWriter::endObject() {
-    bool empty = m_levels.back().empty;
+void JsonWriter::end(char bracket) {
+    const Level level = m_levels.back();
     m_levels.pop_back();
-    if (!empty)
-        newline();
-    m_out << '}';
+    if (level.layout != Layout::Line && level.members > 0)
+        newline(m_levels.size());
+    m_out << bracket;
     if (m_levels.empty())
         m_out << '\n';
 }
 
-void JsonWriter::beginArray() {
-    separate();
-    m_out << '[';
-    m_levels.push_back({true, true});
+void JsonWriter::beginObject(Layout layout) {
+    begin('{', layout);
+}
+
+void JsonWriter::endObject() {
+    end('}');
+}
+
+void JsonWriter::beginArray(Layout layout) {
+    begin('[', layout);
 }
 
 void JsonWriter::endArray() {
-    bool empty = m_levels.back().empty;
-    m_levels.pop_back();
-    if (!empty)
-        newline();
-    m_out << ']';
+    end(']');
 }
 
 void JsonWriter::key(const char *name) {

@@ -1,6 +1,6 @@
 #pragma once
-// The host scene as a readable tree and as JSON; one function per host class, so both grow with
-// the scene model.
+// The host scene as JSON (SceneJson.cpp) and as a readable tree (SceneTree.cpp), both written
+// along the same walk of the scene (SceneWalk.h).
 
 #include <QString>
 #include <QTextStream>

@@ -2,9 +2,6 @@
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QCoreApplication>
-#include <QDialog>
-#include <QDir>
 #include <QFileDialog>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -12,53 +9,26 @@
 
 namespace {
 
-QString plainText(QString text) {
-    // Mnemonic markers are not part of what the user reads.
-    return text.remove(QLatin1Char('&'));
-}
-
 QAbstractButton *findButton(QWidget *dialog, const QString &text) {
-    if (auto *box = qobject_cast<QMessageBox *>(dialog)) {
-        for (QAbstractButton *button : box->buttons())
-            if (plainText(button->text()) == text)
-                return button;
-    }
     for (QAbstractButton *button : dialog->findChildren<QAbstractButton *>())
-        if (button->isVisible() && button->isEnabled() && plainText(button->text()) == text)
+        if (button->isVisible() && button->isEnabled() && button->text().remove('&') == text) // no mnemonics
             return button;
     return nullptr;
 }
 
+void close(QWidget *dialog) {
+    if (auto *d = qobject_cast<QDialog *>(dialog))
+        d->reject();
+    else
+        dialog->close();
+}
+
 } // namespace
 
-DialogAnswerer::DialogAnswerer(int timeoutMs, QObject *parent) : QObject(parent), m_timeoutMs(timeoutMs) {
+DialogAnswerer::DialogAnswerer(int timeoutMs) : m_timeoutMs(timeoutMs) {
     m_timer.setInterval(10);
     connect(&m_timer, &QTimer::timeout, this, [this] { poll(); });
     m_timer.start();
-}
-
-DialogAnswerer::~DialogAnswerer() {
-    m_timer.stop();
-}
-
-DialogAnswerer &DialogAnswerer::pressButton(const QString &text) {
-    m_answers.append({Kind::Button, text});
-    return *this;
-}
-
-DialogAnswerer &DialogAnswerer::pressEscape() {
-    m_answers.append({Kind::Escape, QString()});
-    return *this;
-}
-
-DialogAnswerer &DialogAnswerer::chooseFile(const QString &path) {
-    m_answers.append({Kind::File, path});
-    return *this;
-}
-
-DialogAnswerer &DialogAnswerer::reject() {
-    m_answers.append({Kind::Reject, QString()});
-    return *this;
 }
 
 void DialogAnswerer::poll() {
@@ -66,23 +36,18 @@ void DialogAnswerer::poll() {
     if (!dialog)
         return;
     if (dialog != m_current) {
+        // Answered on a later tick, once the dialog has settled, as a user would.
         m_current = dialog;
-        m_answered = false;
-        m_gaveUp = false;
+        m_answered = m_gaveUp = false;
         m_since.start();
         record(dialog);
-        // Answer on a later tick, once the dialog has settled, as a user would.
-        return;
-    }
-    if (!m_answered) {
+    } else if (!m_answered) {
         m_answered = true;
         answer(dialog);
-        return;
-    }
-    if (!m_gaveUp && m_since.elapsed() > m_timeoutMs) {
+    } else if (!m_gaveUp && m_since.elapsed() > m_timeoutMs) {
         giveUp(dialog, QStringLiteral("still open after %1 ms").arg(m_timeoutMs));
     } else if (m_gaveUp && m_since.elapsed() > m_timeoutMs + 1000) {
-        dialog->close(); // ignored reject(): not an ordinary dialog
+        dialog->close(); // it ignored reject(): not an ordinary dialog
     }
 }
 
@@ -91,11 +56,10 @@ void DialogAnswerer::record(QWidget *dialog) {
     seen.className = QString::fromLatin1(dialog->metaObject()->className());
     seen.title = dialog->windowTitle();
     seen.parent = dialog->parentWidget();
-    seen.answer = QStringLiteral("none");
     if (auto *box = qobject_cast<QMessageBox *>(dialog)) {
         seen.text = box->text();
         for (QAbstractButton *button : box->buttons())
-            seen.buttons.append(plainText(button->text()));
+            seen.buttons.append(button->text().remove('&'));
     } else if (auto *files = qobject_cast<QFileDialog *>(dialog)) {
         seen.filters = files->nameFilters();
         seen.directory = files->directory().absolutePath();
@@ -103,91 +67,59 @@ void DialogAnswerer::record(QWidget *dialog) {
         seen.saving = files->acceptMode() == QFileDialog::AcceptSave;
     }
     m_seen.append(seen);
-    m_currentSeen = int(m_seen.size()) - 1;
 }
 
 void DialogAnswerer::answer(QWidget *dialog) {
-    Seen &seen = m_seen[m_currentSeen];
-    if (m_answers.isEmpty()) {
-        giveUp(dialog, QStringLiteral("no answer queued"));
-        return;
-    }
+    if (m_answers.isEmpty())
+        return giveUp(dialog, QStringLiteral("no answer queued"));
     const Answer next = m_answers.takeFirst();
-    switch (next.kind) {
-    case Kind::Button:
-        if (QAbstractButton *button = findButton(dialog, next.value)) {
-            seen.answer = QStringLiteral("button ") + next.value;
-            QPointer<QAbstractButton> target(button);
-            later([target] {
-                if (target)
-                    target->click();
-            });
-        } else {
-            giveUp(dialog, QStringLiteral("no button \"%1\"").arg(next.value));
-        }
-        break;
-    case Kind::Escape: {
-        seen.answer = QStringLiteral("escape");
-        QPointer<QWidget> target(dialog);
-        later([target] {
-            if (!target)
-                return;
-            QKeyEvent press(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
-            QCoreApplication::sendEvent(target, &press);
+    if (next.first == Kind::Button) {
+        if (!findButton(dialog, next.second))
+            return giveUp(dialog, QStringLiteral("no button \"%1\"").arg(next.second));
+        later(dialog, [text = next.second](QWidget *d) {
+            if (QAbstractButton *button = findButton(d, text))
+                button->click();
         });
-        break;
-    }
-    case Kind::File:
-        if (auto *files = qobject_cast<QFileDialog *>(dialog)) {
-            seen.answer = QStringLiteral("file ") + next.value;
-            QPointer<QFileDialog> target(files);
-            const QString path = next.value;
-            later([target, path] {
-                if (!target)
-                    return;
-                // Typed into the name box as a user would; selectFile() leaves the box alone while
-                // it has the focus, keeping the preselected name.
-                if (auto *edit = target->findChild<QLineEdit *>(QStringLiteral("fileNameEdit")))
-                    edit->setText(path);
-                else
-                    target->selectFile(path);
-                // Like pressing Open/Save: the chooser's own checks run (accept() is protected there).
-                static_cast<QDialog *>(target.data())->accept();
-            });
-        } else {
-            giveUp(dialog, QStringLiteral("a file was to be chosen, but the dialog is a ") + seen.className);
-        }
-        break;
-    case Kind::Reject:
-        seen.answer = QStringLiteral("reject");
-        closeLater(dialog);
-        break;
+    } else if (next.first == Kind::Escape) {
+        later(dialog, [](QWidget *d) {
+            QKeyEvent press(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+            QCoreApplication::sendEvent(d, &press);
+        });
+    } else if (next.first == Kind::File) {
+        if (!qobject_cast<QFileDialog *>(dialog))
+            return giveUp(dialog, QStringLiteral("a file was to be chosen, but the dialog is a ") +
+                                      m_seen.last().className);
+        later(dialog, [path = next.second](QWidget *d) {
+            // Typed into the name box as a user would (selectFile() leaves the box alone while it has
+            // the focus), then accepted like pressing Open or Save, so the chooser's own checks run.
+            if (auto *edit = d->findChild<QLineEdit *>(QStringLiteral("fileNameEdit")))
+                edit->setText(path);
+            else
+                static_cast<QFileDialog *>(d)->selectFile(path);
+            static_cast<QDialog *>(d)->accept();
+        });
+    } else {
+        later(dialog, close);
     }
 }
 
 void DialogAnswerer::giveUp(QWidget *dialog, const QString &why) {
-    Seen &seen = m_seen[m_currentSeen];
-    m_failures.append(QStringLiteral("%1 \"%2\": %3").arg(seen.className, seen.title, why));
-    seen.answer += QStringLiteral(" (gave up)");
+    m_failures.append(QStringLiteral("%1 \"%2\": %3").arg(m_seen.last().className, m_seen.last().title, why));
     m_gaveUp = true;
-    closeLater(dialog);
+    later(dialog, close);
 }
 
-void DialogAnswerer::closeLater(QWidget *dialog) {
+void DialogAnswerer::later(QWidget *dialog, std::function<void(QWidget *)> action) {
+    // An answer may bring up a nested dialog (a file chooser warning about a missing file) that runs
+    // its own event loop. The poll timer does not fire while its own slot is running, so the answer
+    // runs from a posted call instead, leaving the timer free to answer the nested one. A dialog
+    // gone by then is left alone.
     QPointer<QWidget> target(dialog);
-    later([target] {
-        if (!target)
-            return;
-        if (auto *d = qobject_cast<QDialog *>(target.data()))
-            d->reject();
-        else
-            target->close();
-    });
-}
-
-void DialogAnswerer::later(std::function<void()> action) {
-    // An answer may bring up a nested dialog (a file chooser warning about a missing file) that
-    // runs its own event loop. The poll timer does not fire while its own slot is running, so the
-    // answer runs from a posted call instead, leaving the timer free to answer the nested one.
-    QMetaObject::invokeMethod(this, std::move(action), Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this,
+        [target, action = std::move(action)] {
+            if (target)
+                action(target);
+        },
+        Qt::QueuedConnection);
 }

@@ -13,10 +13,7 @@
 //     EXPECT_TRUE(answerer.failures().isEmpty());
 
 #include <QElapsedTimer>
-#include <QList>
-#include <QObject>
 #include <QPointer>
-#include <QString>
 #include <QStringList>
 #include <QTimer>
 
@@ -36,17 +33,15 @@ public:
         QStringList selection;        // file dialog preselected files when it came up
         bool saving = false;          // file dialog in save mode
         const void *parent = nullptr; // identity of the parent widget, only for comparisons
-        QString answer;               // what was done: "button Skip", "escape", "file /x/y", "reject", "none"
     };
 
-    explicit DialogAnswerer(int timeoutMs = 5000, QObject *parent = nullptr);
-    ~DialogAnswerer() override;
+    explicit DialogAnswerer(int timeoutMs = 5000);
 
     // Answers for successive dialogs, used in the order queued.
-    DialogAnswerer &pressButton(const QString &text); // any dialog: clicks the button with this text
-    DialogAnswerer &pressEscape();                    // sends the Escape key
-    DialogAnswerer &chooseFile(const QString &path);  // file dialog: selects the file and accepts
-    DialogAnswerer &reject();                         // closes the dialog as cancelled
+    DialogAnswerer &pressButton(const QString &text) { return queue(Kind::Button, text); }
+    DialogAnswerer &pressEscape() { return queue(Kind::Escape); }
+    DialogAnswerer &chooseFile(const QString &path) { return queue(Kind::File, path); } // and accept
+    DialogAnswerer &reject() { return queue(Kind::Reject); } // closes the dialog as cancelled
 
     const QList<Seen> &seen() const { return m_seen; }
     QStringList failures() const { return m_failures; }
@@ -54,17 +49,17 @@ public:
 
 private:
     enum class Kind { Button, Escape, File, Reject };
-    struct Answer {
-        Kind kind;
-        QString value;
-    };
+    using Answer = std::pair<Kind, QString>;
 
+    DialogAnswerer &queue(Kind kind, const QString &value = QString()) {
+        m_answers.append({kind, value});
+        return *this;
+    }
     void poll();
     void record(QWidget *dialog);
     void answer(QWidget *dialog);
     void giveUp(QWidget *dialog, const QString &why);
-    void closeLater(QWidget *dialog);
-    void later(std::function<void()> action);
+    void later(QWidget *dialog, std::function<void(QWidget *)> action);
 
     int m_timeoutMs;
     QTimer m_timer;
@@ -72,7 +67,6 @@ private:
     QList<Seen> m_seen;
     QStringList m_failures;
     QPointer<QWidget> m_current; // the dialog being answered
-    int m_currentSeen = -1;      // its entry in m_seen
     bool m_answered = false;
     bool m_gaveUp = false;
     QElapsedTimer m_since;
