@@ -9,7 +9,8 @@
 #include <climits>
 #include <cstring>
 #include <memory>
-#include <poser/PoserFloat.h>
+#include <text/Numbers.h>
+#include <text/Paths.h>
 
 namespace {
 
@@ -31,19 +32,23 @@ QColor colour(char **argv) {
     return c; // out of range: an invalid colour, as the host's setRgb leaves it
 }
 
-bool is(const char *token, const char *keyword) { return std::strcmp(token, keyword) == 0; }
-bool isNoCase(const char *token, const char *keyword) { return qstricmp(token, keyword) == 0; }
+bool is(const char *token, const char *keyword) {
+    return std::strcmp(token, keyword) == 0;
+}
+bool isNoCase(const char *token, const char *keyword) {
+    return qstricmp(token, keyword) == 0;
+}
 
 } // namespace
 
 OvTexture *OvObjImporter::loadMapTexture(const QString &path, const QString &folder) {
-    QString p = path;
-    p.replace(QLatin1Char(':'), QLatin1Char('/'));
-    p.replace(QLatin1Char('\\'), QLatin1Char('/'));
+    // Drive letters too: "C:\maps\a.jpg" becomes "C//maps/a.jpg", then tried inside the folder.
+    const QString p = text::withSlashes(path, text::Colons | text::Backslashes);
     OvImageMgr *images = OvApp::getImageMgr();
     OvTexture *texture = images->getImage(p);
     if (!texture)
-        texture = images->getImage(p.startsWith(QLatin1Char('/')) ? folder + p : folder + QLatin1Char('/') + p);
+        texture =
+            images->getImage(p.startsWith(QLatin1Char('/')) ? folder + p : folder + QLatin1Char('/') + p);
     return texture;
 }
 
@@ -67,7 +72,8 @@ unsigned int OvObjImporter::readMtl(OvShape *shape, const QString &mtlPath) {
             switch (key[0]) {
             case 'n':
                 if (argc >= 2 && is(key, "newmtl"))
-                    m = shape ? dynamic_cast<OvDefaultMaterial *>(shape->findMaterial(OvFileIO::decodeText(av[1])))
+                    m = shape ? dynamic_cast<OvDefaultMaterial *>(
+                                    shape->findMaterial(OvFileIO::decodeText(av[1])))
                               : nullptr;
                 break;
             case 'N':

@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <cstring>
 #include <gtest/gtest.h>
-#include <obj/ObjParse.h>
-#include <poser/PoserFloat.h>
+#include <text/Numbers.h>
+#include <text/Numbers.h>
 #include <random>
 #include <string>
 #include <vector>
@@ -96,12 +96,12 @@ TEST(ObjFastPaths, CornerReaderAgreesWithTheGeneralFunctions) {
     for (const std::string &t : tokens) {
         int vertex = -7, tex = -7;
         bool hasTex = false;
-        if (!obj::readCorner(t.c_str(), vertex, hasTex, tex))
+        if (!text::readCorner(t.c_str(), vertex, hasTex, tex))
             continue; // the reader then uses the general functions themselves
         ++taken;
         int generalTex = -7;
-        const bool generalHasTex = obj::faceTexIndex(t.c_str(), generalTex);
-        EXPECT_EQ(vertex, obj::leadingInt(t.c_str())) << t;
+        const bool generalHasTex = text::faceTexIndex(t.c_str(), generalTex);
+        EXPECT_EQ(vertex, text::leadingInt(t.c_str())) << t;
         ASSERT_EQ(hasTex, generalHasTex) << t;
         if (hasTex) {
             EXPECT_EQ(tex, generalTex) << t;

@@ -9,7 +9,7 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 #include <memory>
-#include <obj/ObjParse.h>
+#include <text/Numbers.h>
 #include <obj/OvObjImporter.h>
 #include <random>
 #include <vector>
@@ -101,21 +101,21 @@ void expectVertex(const OvPolyMesh *m, int i, float x, float y, float z, float t
 }
 
 TEST(ObjParse, CornerTokens) {
-    EXPECT_EQ(obj::leadingInt("12/5/3"), 12);
-    EXPECT_EQ(obj::leadingInt("-3//1"), -3);
-    EXPECT_EQ(obj::leadingInt("/4"), 0);
-    EXPECT_EQ(obj::leadingInt("99999999999"), 2147483647);
-    EXPECT_EQ(obj::leadingInt("-99999999999"), -2147483647 - 1);
+    EXPECT_EQ(text::leadingInt("12/5/3"), 12);
+    EXPECT_EQ(text::leadingInt("-3//1"), -3);
+    EXPECT_EQ(text::leadingInt("/4"), 0);
+    EXPECT_EQ(text::leadingInt("99999999999"), 2147483647);
+    EXPECT_EQ(text::leadingInt("-99999999999"), -2147483647 - 1);
     int t = 77;
-    EXPECT_TRUE(obj::faceTexIndex("12/5/3", t));
+    EXPECT_TRUE(text::faceTexIndex("12/5/3", t));
     EXPECT_EQ(t, 4);
-    EXPECT_TRUE(obj::faceTexIndex("1/-2", t));
+    EXPECT_TRUE(text::faceTexIndex("1/-2", t));
     EXPECT_EQ(t, -3);
-    EXPECT_TRUE(obj::faceTexIndex("1/", t));
+    EXPECT_TRUE(text::faceTexIndex("1/", t));
     EXPECT_EQ(t, -1);
-    EXPECT_FALSE(obj::faceTexIndex("1//3", t));
-    EXPECT_FALSE(obj::faceTexIndex("7", t));
-    EXPECT_TRUE(obj::faceTexIndex("-2147483648/-2147483648", t));
+    EXPECT_FALSE(text::faceTexIndex("1//3", t));
+    EXPECT_FALSE(text::faceTexIndex("7", t));
+    EXPECT_TRUE(text::faceTexIndex("-2147483648/-2147483648", t));
     EXPECT_EQ(t, -2147483647 - 1);
 }
 

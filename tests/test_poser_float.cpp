@@ -1,6 +1,6 @@
 // The Poser number parser against a literal, recursive transcription of its steps: every step is a
 // single-precision operation, so the results must agree bit for bit, not just approximately.
-#include <poser/PoserFloat.h>
+#include <text/Numbers.h>
 
 #include <QElapsedTimer>
 #include <cmath>
