@@ -13,13 +13,14 @@
 #include <obj/OvObjImporter.h>
 #include <poser/OvPZ3Importer.h>
 #include <string>
+#include <text/ObjOptions.h>
 
 namespace {
 
 OvFileIOSettings poserGeometrySettings() {
     OvFileIOSettings s;
-    s.setFloatValue(QStringLiteral("Scale"), 243.84f);
-    s.setBoolValue(QStringLiteral("IncludeMtllib"), false);
+    s.setFloatValue(ObjOption::Scale, 243.84f);
+    s.setBoolValue(ObjOption::IncludeMtllib, false);
     return s;
 }
 

@@ -17,6 +17,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <obj/OvObjImporter.h>
+#include <text/ObjOptions.h>
 
 namespace {
 
@@ -72,9 +73,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     OvObjImporter importer;
     OvFileIOSettings settings;
     importer.getDefaultOptions(&settings);
-    settings.setBoolValue(QStringLiteral("IncludeG"), !(flags & 2));
-    settings.setBoolValue(QStringLiteral("IncludeVT"), !(flags & 4));
-    settings.setBoolValue(QStringLiteral("IncludeUsemtl"), !(flags & 8));
+    settings.setBoolValue(ObjOption::IncludeG, !(flags & 2));
+    settings.setBoolValue(ObjOption::IncludeVT, !(flags & 4));
+    settings.setBoolValue(ObjOption::IncludeUsemtl, !(flags & 8));
 
     OvShape *shape = nullptr;
     const unsigned result = importer.readShape(g_dir->filePath(name), &shape, settings);

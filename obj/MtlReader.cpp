@@ -6,44 +6,43 @@
 #include <OvShape.h>
 #include <OvTextInputFile.h>
 #include <QColor>
-#include <climits>
 #include <cstring>
 #include <memory>
-#include <poser/PoserFloat.h>
+#include <text/Numbers.h>
+#include <text/Paths.h>
 
 namespace {
 
-// Colour channel: the number times 255, truncated toward zero; not clamped here.
+// Colour channel: the number times 255, truncated toward zero and clamped to 0..255 (a channel
+// outside the range would leave the whole colour invalid).
 int channel(const char *token) {
-    double v = double(parsePoserFloat(token)) * 255.0;
-    if (v >= double(INT_MAX))
-        return INT_MAX;
-    if (v <= double(INT_MIN))
-        return INT_MIN;
-    return int(v);
+    const double v = double(parsePoserFloat(token)) * 255.0;
+    if (!(v > 0.0)) // also NaN
+        return 0;
+    return v >= 255.0 ? 255 : int(v);
 }
 
 QColor colour(char **argv) {
-    QColor c;
-    int r = channel(argv[1]), g = channel(argv[2]), b = channel(argv[3]);
-    if (r >= 0 && r <= 255 && g >= 0 && g <= 255 && b >= 0 && b <= 255)
-        c.setRgb(r, g, b);
-    return c; // out of range: an invalid colour, as the host's setRgb leaves it
+    return QColor(channel(argv[1]), channel(argv[2]), channel(argv[3]));
 }
 
-bool is(const char *token, const char *keyword) { return std::strcmp(token, keyword) == 0; }
-bool isNoCase(const char *token, const char *keyword) { return qstricmp(token, keyword) == 0; }
+bool is(const char *token, const char *keyword) {
+    return std::strcmp(token, keyword) == 0;
+}
+bool isNoCase(const char *token, const char *keyword) {
+    return qstricmp(token, keyword) == 0;
+}
 
 } // namespace
 
 OvTexture *OvObjImporter::loadMapTexture(const QString &path, const QString &folder) {
-    QString p = path;
-    p.replace(QLatin1Char(':'), QLatin1Char('/'));
-    p.replace(QLatin1Char('\\'), QLatin1Char('/'));
+    // Drive letters too: "C:\maps\a.jpg" becomes "C//maps/a.jpg", then tried inside the folder.
+    const QString p = text::withSlashes(path, text::Colons | text::Backslashes);
     OvImageMgr *images = OvApp::getImageMgr();
     OvTexture *texture = images->getImage(p);
     if (!texture)
-        texture = images->getImage(p.startsWith(QLatin1Char('/')) ? folder + p : folder + QLatin1Char('/') + p);
+        texture =
+            images->getImage(p.startsWith(QLatin1Char('/')) ? folder + p : folder + QLatin1Char('/') + p);
     return texture;
 }
 
@@ -67,7 +66,8 @@ unsigned int OvObjImporter::readMtl(OvShape *shape, const QString &mtlPath) {
             switch (key[0]) {
             case 'n':
                 if (argc >= 2 && is(key, "newmtl"))
-                    m = shape ? dynamic_cast<OvDefaultMaterial *>(shape->findMaterial(OvFileIO::decodeText(av[1])))
+                    m = shape ? dynamic_cast<OvDefaultMaterial *>(
+                                    shape->findMaterial(OvFileIO::decodeText(av[1])))
                               : nullptr;
                 break;
             case 'N':
@@ -87,7 +87,7 @@ unsigned int OvObjImporter::readMtl(OvShape *shape, const QString &mtlPath) {
                     m->setBumpStrength(parsePoserFloat(av[1]));
                 break;
             case 'd':
-                if (m && argc == 2)
+                if (m && argc == 2 && key[1] == '\0') // "disp", "decal" and the like are no opacity
                     m->setBaseOpacity(parsePoserFloat(av[1]));
                 break;
             case 'T':

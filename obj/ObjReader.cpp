@@ -11,14 +11,16 @@
 #include <exception>
 #include <memory>
 #include <new>
-#include <poser/PoserFloat.h>
+#include <text/Numbers.h>
 
 namespace {
 
 // Out-of-range faces are reported one by one up to this many, then counted.
 const int kMaxFaceReports = 10;
 
-bool is(const char *token, const char *keyword) { return std::strcmp(token, keyword) == 0; }
+bool is(const char *token, const char *keyword) {
+    return std::strcmp(token, keyword) == 0;
+}
 
 } // namespace
 
@@ -112,7 +114,7 @@ unsigned int OvObjImporter::readObj(OvTextInputFile &file, OvShape **shapeOut, i
                     }
                     mesh->startFace();
                     int tex = 0;
-                    const bool hasTex = argc > 1 && obj::faceTexIndex(av[1], tex);
+                    const bool hasTex = argc > 1 && text::faceTexIndex(av[1], tex);
                     const int faceLine = lineNumber;
                     // Neither count changes while a face is read.
                     const int numVertices = mesh->getNumVertices();
@@ -131,9 +133,9 @@ unsigned int OvObjImporter::readObj(OvTextInputFile &file, OvShape **shapeOut, i
                         }
                         int value = 0, t = 0;
                         bool tokenTex = false;
-                        if (!obj::readCorner(token, value, tokenTex, t)) {
-                            value = obj::leadingInt(token);
-                            tokenTex = obj::faceTexIndex(token, t);
+                        if (!text::readCorner(token, value, tokenTex, t)) {
+                            value = text::leadingInt(token);
+                            tokenTex = text::faceTexIndex(token, t);
                         }
                         int v = obj::resolveVertexIndex(value, numVertices, baseVertex);
                         int uv = 0;

@@ -9,6 +9,7 @@
 #include <QLineEdit>
 #include <QStyle>
 #include <QVBoxLayout>
+#include <text/ObjOptions.h>
 
 namespace {
 
@@ -40,14 +41,6 @@ int frameMetric(QWidget *w) {
     int m = w->style()->pixelMetric(QStyle::PixelMetric(0xF0000000), nullptr, w);
     return m > 0 ? m : 6;
 }
-
-const QString kPresetKey = QStringLiteral("Preset");
-const QString kScaleKey = QStringLiteral("Scale");
-const QString kSwapKey = QStringLiteral("SwapYZ");
-const QString kGroupsKey = QStringLiteral("IncludeG");
-const QString kUVKey = QStringLiteral("IncludeVT");
-const QString kSurfacesKey = QStringLiteral("IncludeUsemtl");
-const QString kLibraryKey = QStringLiteral("IncludeMtllib");
 
 } // namespace
 
@@ -114,7 +107,7 @@ OvObjImportFrame::OvObjImportFrame() : OvFileIOFrame(QStringLiteral("OBJ Import 
 
     OvHelpMgr *help = OvApp::getHelpMgr();
     for (QWidget *w : std::initializer_list<QWidget *>{m_preset, m_scale, m_swapYZ, verts, m_groups, m_uvs,
-                                                        m_surfaces, m_matLibrary})
+                                                       m_surfaces, m_matLibrary})
         help->setOnlineHelp(w);
 }
 
@@ -136,23 +129,23 @@ void OvObjImportFrame::updateOptions(int index) {
 void OvObjImportFrame::updatePreset() {}
 
 void OvObjImportFrame::loadOptions(const OvFileIOSettings &settings) {
-    int item = m_preset->findText(settings.getStringValue(kPresetKey, m_preset->itemText(2)));
+    int item = m_preset->findText(settings.getStringValue(ObjOption::Preset, m_preset->itemText(2)));
     if (item >= 0)
         m_preset->setCurrentIndex(item); // setCurrentIndex does not emit activated
-    m_scale->setText(QString::number(double(settings.getFloatValue(kScaleKey, 1.0f)) * 100.0, 'g', 6));
-    m_swapYZ->setChecked(settings.getBoolValue(kSwapKey, false));
-    m_groups->setChecked(settings.getBoolValue(kGroupsKey, true));
-    m_uvs->setChecked(settings.getBoolValue(kUVKey, true));
-    m_surfaces->setChecked(settings.getBoolValue(kSurfacesKey, true));
-    m_matLibrary->setChecked(settings.getBoolValue(kLibraryKey, true));
+    m_scale->setText(QString::number(double(settings.getFloatValue(ObjOption::Scale, 1.0f)) * 100.0, 'g', 6));
+    m_swapYZ->setChecked(settings.getBoolValue(ObjOption::SwapYZ, false));
+    m_groups->setChecked(settings.getBoolValue(ObjOption::IncludeG, true));
+    m_uvs->setChecked(settings.getBoolValue(ObjOption::IncludeVT, true));
+    m_surfaces->setChecked(settings.getBoolValue(ObjOption::IncludeUsemtl, true));
+    m_matLibrary->setChecked(settings.getBoolValue(ObjOption::IncludeMtllib, true));
 }
 
 void OvObjImportFrame::saveOptions(OvFileIOSettings &settings) {
-    settings.setStringValue(kPresetKey, m_preset->currentText());
-    settings.setFloatValue(kScaleKey, m_scale->text().toFloat() / 100.0f);
-    settings.setBoolValue(kSwapKey, m_swapYZ->isChecked());
-    settings.setBoolValue(kGroupsKey, m_groups->isChecked());
-    settings.setBoolValue(kUVKey, m_uvs->isChecked());
-    settings.setBoolValue(kSurfacesKey, m_surfaces->isChecked());
-    settings.setBoolValue(kLibraryKey, m_matLibrary->isChecked());
+    settings.setStringValue(ObjOption::Preset, m_preset->currentText());
+    settings.setFloatValue(ObjOption::Scale, m_scale->text().toFloat() / 100.0f);
+    settings.setBoolValue(ObjOption::SwapYZ, m_swapYZ->isChecked());
+    settings.setBoolValue(ObjOption::IncludeG, m_groups->isChecked());
+    settings.setBoolValue(ObjOption::IncludeVT, m_uvs->isChecked());
+    settings.setBoolValue(ObjOption::IncludeUsemtl, m_surfaces->isChecked());
+    settings.setBoolValue(ObjOption::IncludeMtllib, m_matLibrary->isChecked());
 }

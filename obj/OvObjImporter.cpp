@@ -5,6 +5,7 @@
 #include <OvShape.h>
 #include <OvTextInputFile.h>
 #include <QDir>
+#include <text/ObjOptions.h>
 
 namespace {
 const float kDefaultScale = 243.84f;
@@ -22,22 +23,22 @@ OvFileIOFrame *OvObjImporter::getOptionsFrame() {
 void OvObjImporter::getDefaultOptions(OvFileIOSettings *settings) {
     if (!settings)
         return;
-    settings->setStringValue(QStringLiteral("Preset"), QStringLiteral("Talven (1 unit = 8ft)"));
-    settings->setFloatValue(QStringLiteral("Scale"), kDefaultScale);
-    settings->setBoolValue(QStringLiteral("SwapYZ"), false);
-    settings->setBoolValue(QStringLiteral("IncludeG"), true);
-    settings->setBoolValue(QStringLiteral("IncludeVT"), true);
-    settings->setBoolValue(QStringLiteral("IncludeUsemtl"), true);
-    settings->setBoolValue(QStringLiteral("IncludeMtllib"), true);
+    settings->setStringValue(ObjOption::Preset, QStringLiteral("Talven (1 unit = 8ft)"));
+    settings->setFloatValue(ObjOption::Scale, kDefaultScale);
+    settings->setBoolValue(ObjOption::SwapYZ, false);
+    settings->setBoolValue(ObjOption::IncludeG, true);
+    settings->setBoolValue(ObjOption::IncludeVT, true);
+    settings->setBoolValue(ObjOption::IncludeUsemtl, true);
+    settings->setBoolValue(ObjOption::IncludeMtllib, true);
 }
 
 void OvObjImporter::loadSettings(const OvFileIOSettings &settings) {
-    m_scale = settings.getFloatValue(QStringLiteral("Scale"), kDefaultScale);
-    m_swapYZ = settings.getBoolValue(QStringLiteral("SwapYZ"), false);
-    m_includeG = settings.getBoolValue(QStringLiteral("IncludeG"), true);
-    m_includeVT = settings.getBoolValue(QStringLiteral("IncludeVT"), true);
-    m_includeUsemtl = settings.getBoolValue(QStringLiteral("IncludeUsemtl"), true);
-    m_includeMtllib = settings.getBoolValue(QStringLiteral("IncludeMtllib"), true);
+    m_scale = settings.getFloatValue(ObjOption::Scale, kDefaultScale);
+    m_swapYZ = settings.getBoolValue(ObjOption::SwapYZ, false);
+    m_includeG = settings.getBoolValue(ObjOption::IncludeG, true);
+    m_includeVT = settings.getBoolValue(ObjOption::IncludeVT, true);
+    m_includeUsemtl = settings.getBoolValue(ObjOption::IncludeUsemtl, true);
+    m_includeMtllib = settings.getBoolValue(ObjOption::IncludeMtllib, true);
 }
 
 bool OvObjImporter::recognize(const QString &fileName) {
@@ -61,7 +62,8 @@ void OvObjImporter::reportObjError(const QString &message, int line) {
                         QLatin1String(" in OvObjImporter"));
 }
 
-unsigned int OvObjImporter::readShape(const QString &fileName, OvShape **shape, const OvFileIOSettings &settings) {
+unsigned int OvObjImporter::readShape(const QString &fileName, OvShape **shape,
+                                      const OvFileIOSettings &settings) {
     bool compressed = OvFileIO::getFileExtension(fileName).toLower() == QLatin1String("obz");
     OvTextInputFile file(fileName, compressed, true);
     m_mtlLib.clear();

@@ -20,11 +20,13 @@ public:
     QString getExtension(int i) override;
     QString getDescription() override { return QStringLiteral("Wavefront Object"); }
 
-    unsigned int readShape(const QString &fileName, OvShape **shape, const OvFileIOSettings &settings) override;
+    unsigned int readShape(const QString &fileName, OvShape **shape,
+                           const OvFileIOSettings &settings) override;
 
     // Reads lines of an open file until its end or a '}' line (inline geometry in a Poser file
     // ends that way) into a new shape; `lineNumber` is incremented once per line read.
-    unsigned int readObj(OvTextInputFile &file, OvShape **shape, int &lineNumber, const OvFileIOSettings &settings);
+    unsigned int readObj(OvTextInputFile &file, OvShape **shape, int &lineNumber,
+                         const OvFileIOSettings &settings);
     // Applies an MTL library to the materials of `shape`: 0, 0x200 (cannot open) or 0x65 (failed).
     unsigned int readMtl(OvShape *shape, const QString &mtlPath);
     // The texture of an MTL map path, tried as written and then inside `folder`.

@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <new>
+#include <text/Paths.h>
 
 namespace {
 
@@ -25,7 +26,7 @@ bool OvPZ3Importer::findContentFile(const QString &name, QString &foundPath, boo
     QString p = name;
     if (p.contains(QLatin1String(":\\"))) {
         // A Windows path: try it as it is, then from its runtime folder (or without the drive).
-        p.replace(QLatin1Char('\\'), QLatin1Char('/'));
+        p = text::withSlashes(p, text::Backslashes);
         if (QFile::exists(p)) {
             foundPath = p;
             return true;
@@ -33,8 +34,7 @@ bool OvPZ3Importer::findContentFile(const QString &name, QString &foundPath, boo
         int runtime = qMax(p.indexOf(QLatin1String("/runtime/")), p.indexOf(QLatin1String(":runtime/")));
         p = runtime >= 0 ? p.mid(runtime) : p.mid(2);
     } else {
-        p.replace(QLatin1Char('\\'), QLatin1Char('/'));
-        p.replace(QLatin1Char(':'), QLatin1Char('/'));
+        p = text::withSlashes(p, text::Backslashes | text::Colons);
         if (!p.startsWith(QLatin1Char('/')))
             p.prepend(QLatin1Char('/'));
     }
@@ -123,10 +123,8 @@ bool OvPZ3Importer::readScript(const QString &name) {
         ok = findContentFile(twin, found, false);
     }
     if (!ok) {
-        QString asked = name;
-        if (!asked.contains(QLatin1Char('\\')))
-            asked.replace(QLatin1Char(':'), QLatin1Char('/'));
-        ok = locateFile(asked, found, false);
+        // A Windows path is offered as written, backslashes and all.
+        ok = locateFile(text::withSlashes(name, text::ColonsUnlessBackslash), found, false);
     }
     if (!ok) {
         reportError(tr("Could not find file %1").arg(name));

@@ -2,13 +2,13 @@
 #include "Tokens.h"
 #include "OvPZ3Importer.h"
 #include "Pz3InputFile.h"
-#include "PoserFloat.h"
 #include "StockStrings.h"
 
 #include <QtDebug>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <text/Numbers.h>
 
 namespace poser {
 

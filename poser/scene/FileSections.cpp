@@ -8,6 +8,7 @@
 #include <OvSkeleton.h>
 #include <OvShape.h>
 #include <cstring>
+#include <text/Paths.h>
 
 namespace {
 
@@ -49,11 +50,8 @@ bool OvPZ3Importer::parseFileLine(char **argv, int argc) {
         }
         const QString name = tokenText(argv, 1, argc);
         m_curGeom = getGeometry(name);
-        QString normalised = name;
-        if (!normalised.contains(QLatin1Char('\\')))
-            normalised.replace(QLatin1Char(':'), QLatin1Char('/'));
-        normalised.replace(QLatin1Char('\\'), QLatin1Char('/'));
-        m_figureResName = OvFileIO::getBaseFileName(normalised);
+        m_figureResName = OvFileIO::getBaseFileName(
+            text::withSlashes(name, text::ColonsUnlessBackslash | text::Backslashes));
         OvGeometry *geometry = m_curGeom && m_curGeom->shape ? m_curGeom->shape->getGeometry() : nullptr;
         if (!geometry) {
             reportError(tr("Error loading figureResFile"));

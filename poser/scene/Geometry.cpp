@@ -14,7 +14,9 @@
 #include <cstring>
 #include <memory>
 #include <new>
-#include <obj/OvObjImporter.h>
+#include <text/ObjGeometry.h>
+#include <text/ObjOptions.h>
+#include <text/Paths.h>
 
 namespace {
 
@@ -35,12 +37,12 @@ const QString kGeomSourceData = QStringLiteral("GeomSourceFileData");
 // Poser units, Y up, groups and texture coordinates kept, no material library.
 OvFileIOSettings geometrySettings() {
     OvFileIOSettings settings;
-    settings.setFloatValue(QStringLiteral("Scale"), POSER_UNIT_CM);
-    settings.setBoolValue(QStringLiteral("SwapYZ"), false);
-    settings.setBoolValue(QStringLiteral("IncludeG"), true);
-    settings.setBoolValue(QStringLiteral("IncludeVT"), true);
-    settings.setBoolValue(QStringLiteral("IncludeUsemtl"), true);
-    settings.setBoolValue(QStringLiteral("IncludeMtllib"), false);
+    settings.setFloatValue(ObjOption::Scale, POSER_UNIT_CM);
+    settings.setBoolValue(ObjOption::SwapYZ, false);
+    settings.setBoolValue(ObjOption::IncludeG, true);
+    settings.setBoolValue(ObjOption::IncludeVT, true);
+    settings.setBoolValue(ObjOption::IncludeUsemtl, true);
+    settings.setBoolValue(ObjOption::IncludeMtllib, false);
     return settings;
 }
 
@@ -89,11 +91,7 @@ bool isDeformer(const OvNode *node) {
 
 // Poser paths use ':' as separator unless they are Windows paths.
 QString withSlashes(const QString &path) {
-    QString p = path;
-    if (!p.contains(QLatin1Char('\\')))
-        p.replace(QLatin1Char(':'), QLatin1Char('/'));
-    p.replace(QLatin1Char('\\'), QLatin1Char('/'));
-    return p;
+    return text::withSlashes(path, text::ColonsUnlessBackslash | text::Backslashes);
 }
 
 } // namespace
@@ -106,10 +104,7 @@ OvPz3GeomItem::~OvPz3GeomItem() {
 
 void OvPz3GeomItem::loadGeometry(const QString &resolvedPath) {
     path = resolvedPath;
-    std::unique_ptr<OvObjImporter> importer(make<OvObjImporter>());
-    OvShape *read = nullptr;
-    importer->readShape(resolvedPath, &read, geometrySettings());
-    importer.reset();
+    OvShape *read = readObjGeometryFile(resolvedPath, geometrySettings());
 
     auto *poly = dynamic_cast<OvPolyShape *>(read);
     if (!poly) {
@@ -220,10 +215,7 @@ bool OvPZ3Importer::parseGeometryKeyword(char **argv, int argc, bool &handled) {
         OvObject *object = objectOf(m_curNode);
         // The block's braces are read by the OBJ reader too ('{' is no OBJ keyword, '}' ends the
         // read), so the section stack never sees them.
-        std::unique_ptr<OvObjImporter> importer(make<OvObjImporter>());
-        OvShape *shape = nullptr;
-        importer->readObj(*m_file, &shape, m_file->m_lineNumber, geometrySettings());
-        importer.reset();
+        OvShape *shape = readObjGeometryInline(*m_file, m_file->m_lineNumber, geometrySettings());
         if (!shape)
             return false;
         const QString nodeName = m_curNode->getName();

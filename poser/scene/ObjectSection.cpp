@@ -1,9 +1,7 @@
 // Object sections (actor, prop, light, camera and deformer props): placement in the hierarchy,
 // origin, end point and orientation, flags, materials, spot lights and deformer wiring.
 #include "../OvPZ3Importer.h"
-#include "../PoserFloat.h"
 #include "../Pz3InputFile.h"
-#include "obj/ObjParse.h"
 
 #include <OvApp.h>
 #include <OvDeformers.h>
@@ -15,6 +13,7 @@
 #include <QtDebug>
 #include <cstring>
 #include <new>
+#include <text/Numbers.h>
 
 namespace {
 
@@ -168,7 +167,7 @@ bool OvPZ3Importer::parseObjectLine(char **argv, int argc) {
             reportError(tr("No bend type was specified"));
             return false;
         }
-        setBending(m_curNode, obj::leadingInt(argv[1]) != 0);
+        setBending(m_curNode, text::leadingInt(argv[1]) != 0);
         return true;
     }
     if (is(key, "castsShadow")) {
@@ -178,7 +177,7 @@ bool OvPZ3Importer::parseObjectLine(char **argv, int argc) {
         }
         if (m_curNode)
             static_cast<OvProperty *>(m_curNode->getShadowControl())
-                ->setIntValue(obj::leadingInt(argv[1]) != 0);
+                ->setIntValue(text::leadingInt(argv[1]) != 0);
         return true;
     }
     if (is(key, "lightType")) {
@@ -191,7 +190,7 @@ bool OvPZ3Importer::parseObjectLine(char **argv, int argc) {
             return true;
         }
         // A light that is a spot light already keeps what its section gave it.
-        if (obj::leadingInt(argv[1]) == 1 && m_curNode->inherits("OvLight") &&
+        if (text::leadingInt(argv[1]) == 1 && m_curNode->inherits("OvLight") &&
             !m_curNode->inherits("OvSpotLight"))
             replaceWithSpotLight();
         return true;
@@ -216,7 +215,7 @@ bool OvPZ3Importer::parseObjectLine(char **argv, int argc) {
             return false;
         }
         if (m_curNode) {
-            const bool hidden = obj::leadingInt(argv[1]) != 0;
+            const bool hidden = text::leadingInt(argv[1]) != 0;
             m_curNode->setHidden(hidden);
             if (hidden)
                 static_cast<OvProperty *>(m_curNode->getSelectabilityControl())->setIntValue(0);
@@ -281,7 +280,7 @@ bool OvPZ3Importer::parseObjectLine(char **argv, int argc) {
         // Without a level there is nothing to subdivide to.
         if (argc < 2)
             return true;
-        const int level = obj::leadingInt(argv[1]);
+        const int level = text::leadingInt(argv[1]);
         if (level != 0 && m_curNode && !m_curNode->inherits("OvBone")) {
             OvPz3SubDNode record;
             record.node = m_curNode;
