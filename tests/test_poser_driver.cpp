@@ -34,7 +34,7 @@ TEST_F(PoserDriver, VersionSectionSetsTheFileVersion) {
     EXPECT_EQ(read(file("a.cr2", "{\nversion\n\t{\n\tnumber 5.25\n\t}\n}\n")), 0u);
     EXPECT_EQ(importer.version(), 5.25f);
     EXPECT_EQ(logText(), QString());
-    EXPECT_EQ(importer.parseMode(), OvPZ3Importer::ModeFile);
+    EXPECT_EQ(importer.parseMode(), Pz3ReadState::ModeFile);
     EXPECT_EQ(importer.modeStack().size(), 1);
 
     OvApp::clearLog();
@@ -81,10 +81,10 @@ TEST_F(PoserDriver, EveryExtensionIsReadPlainOrCompressed) {
         EXPECT_EQ(fresh.version(), 4.5f) << qPrintable(ext);
         EXPECT_EQ(OvApp::log().size(), 0) << qPrintable(ext) << ": " << qPrintable(logText());
     }
-    EXPECT_EQ(OvPZ3Importer::fileTypeOf("PZ3"), 9);
+    EXPECT_EQ(OvPZ3Importer::fileTypeOf("PZ3"), Pz3FileKind::Other);
     EXPECT_FALSE(importer.recognize("x.PZ3"));
-    EXPECT_EQ(OvPZ3Importer::fileTypeOf("p2z"), 4);
-    EXPECT_EQ(OvPZ3Importer::fileTypeOf("hdz"), 8);
+    EXPECT_EQ(OvPZ3Importer::fileTypeOf("p2z"), Pz3FileKind::Pose);
+    EXPECT_EQ(OvPZ3Importer::fileTypeOf("hdz"), Pz3FileKind::HandPose);
 }
 
 TEST_F(PoserDriver, FilesThatCannotBeReadReturn0x200OrReportTheDamage) {

@@ -25,7 +25,11 @@ public:
     using OvPZ3Importer::m_fileName;
     using OvPZ3Importer::m_parseMode;
     using OvPZ3Importer::parseAltGeom;
-    using OvPZ3Importer::parseGeometryKeyword;
+    bool parseGeometryKeyword(char **argv, int argc, bool &handled) {
+        const KeywordRow *row = findKeyword(s_geometryKeywords, argv[0]);
+        handled = row != nullptr;
+        return row ? runKeyword(*row, argv, argc) : true;
+    }
 
     OvPz3SceneItem *item(const OvNode *node) { return findSceneItem(node); }
 };
@@ -273,7 +277,7 @@ TEST_F(PoserGeometry, GenitalsOffLinksTheGenitalBoneToTheBodyPart) {
     bool handled = false;
     ASSERT_TRUE(line("alternateGeom hip_1", &handled));
     EXPECT_TRUE(handled);
-    EXPECT_EQ(importer.m_parseMode, OvPZ3Importer::ModeAltGeom);
+    EXPECT_EQ(importer.m_parseMode, Pz3ReadState::ModeAltGeom);
     EXPECT_TRUE(importer.m_altGeomName.isEmpty());
     ASSERT_TRUE(altLine("name Genitals Off"));
     ASSERT_TRUE(altLine("objFile 1 :Runtime:Geometries:hipless.obj"));
@@ -404,7 +408,7 @@ TEST_F(PoserGeometry, AlternateGeomSectionThroughAFigureFile) {
     EXPECT_EQ(hip->getObject()->getShape(1)->getLabel(), QStringLiteral("Genitals Off"));
     ASSERT_EQ(genital->getObject()->getNumShapes(), 2);
     EXPECT_EQ(genital->getObject()->getGeometryControl()->getNumControllers(), 1);
-    EXPECT_EQ(importer.parseMode(), OvPZ3Importer::ModeFile);
+    EXPECT_EQ(importer.parseMode(), Pz3ReadState::ModeFile);
     EXPECT_EQ(checkSceneInvariants(*OvApp::getScene()), QStringList());
 
     const int starts = OvApp::progressStarts();

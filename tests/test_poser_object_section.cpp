@@ -332,21 +332,21 @@ TEST_F(PoserObjectSection, MaterialLinesOpenTheRightMaterial) {
 
     // The modes the following block is read in.
     ASSERT_TRUE(importer.line(hip, skeleton, "material cloth"));
-    EXPECT_EQ(importer.parseMode(), OvPZ3Importer::ModeMaterial);
+    EXPECT_EQ(importer.parseMode(), Pz3ReadState::ModeMaterial);
     EXPECT_EQ(importer.material(), shapeOf(hip, 0)->findMaterial("cloth"));
     ASSERT_TRUE(importer.line(hip, skeleton, "material none"));
-    EXPECT_EQ(importer.parseMode(), OvPZ3Importer::ModeIgnore);
+    EXPECT_EQ(importer.parseMode(), Pz3ReadState::ModeIgnore);
     EXPECT_EQ(importer.material(), nullptr);
     ASSERT_TRUE(importer.line(skeleton->findBone("lHand"), skeleton, "material skin"));
-    EXPECT_EQ(importer.parseMode(), OvPZ3Importer::ModeIgnore) << "a part without shapes has no materials";
+    EXPECT_EQ(importer.parseMode(), Pz3ReadState::ModeIgnore) << "a part without shapes has no materials";
 
     OvNode *box = topNode("box");
     ASSERT_TRUE(shapeOf(box));
     ASSERT_TRUE(importer.line(box, box, "material wood"));
-    EXPECT_EQ(importer.parseMode(), OvPZ3Importer::ModeMaterial);
+    EXPECT_EQ(importer.parseMode(), Pz3ReadState::ModeMaterial);
     EXPECT_EQ(importer.material(), shapeOf(box)->findMaterial("wood")) << "props use the item's material";
     ASSERT_TRUE(importer.line(box, box, "material stone"));
-    EXPECT_EQ(importer.parseMode(), OvPZ3Importer::ModeIgnore);
+    EXPECT_EQ(importer.parseMode(), Pz3ReadState::ModeIgnore);
     EXPECT_EQ(importer.material(), nullptr);
 }
 
@@ -452,7 +452,7 @@ TEST_F(PoserObjectSection, SubdivisionIsRecordedForPropsOnly) {
     EXPECT_EQ(importer.subDNodes()[1].level, -1);
 
     EXPECT_TRUE(importer.line(box, box, "channels"));
-    EXPECT_EQ(importer.parseMode(), OvPZ3Importer::ModeChannels);
+    EXPECT_EQ(importer.parseMode(), Pz3ReadState::ModeChannels);
 }
 
 } // namespace

@@ -24,8 +24,8 @@ public:
         m_figureVertexCount = vertices;
     }
     void selectionMode(bool on) { m_applyToSelection = on; }
-    void handSide(int side) { m_handSide = side; }
-    int fileHandSide() const { return m_fileHandSide; }
+    void handSide(int side) { m_handSide = Pz3HandSide(side); }
+    int fileHandSide() const { return int(m_fileHandSide); }
     void figureBaseName(const QString &name) { m_figureBaseName = name; }
     OvTArray<OvPz3SceneItem> &items() { return m_sceneItems; }
 };

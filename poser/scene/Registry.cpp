@@ -31,7 +31,8 @@ void collectMaterials(const OvNode *node, OvTArray<OvTSharedPointer<OvMaterial>>
 }
 
 bool isDeformer(const OvNode *node) {
-    return node && (node->inherits("OvDForm") || node->inherits("OvDFormBase") || node->inherits("OvDFormZone"));
+    return node &&
+           (node->inherits("OvDForm") || node->inherits("OvDFormBase") || node->inherits("OvDFormZone"));
 }
 
 } // namespace
@@ -159,11 +160,13 @@ OvNode *OvPZ3Importer::getSkeleton(int figureNumber, bool create) {
     }
     OvApp::getScene()->addNode(skeleton);
     if (m_curGeom) {
-        if (auto *data = dynamic_cast<OvGeomSourceFileData *>(skeleton->findDataItem(QStringLiteral("GeomSourceFileData")))) {
+        const QString wholeFile;
+        if (auto *data = dynamic_cast<OvGeomSourceFileData *>(
+                skeleton->findDataItem(QStringLiteral("GeomSourceFileData")))) {
             data->setSourceFilePath(m_curGeom->path);
-            data->setGroupName(QString());
+            data->setGroupName(wholeFile);
         } else {
-            skeleton->addDataItem(new OvGeomSourceFileData(m_curGeom->path, QString()));
+            skeleton->addDataItem(new OvGeomSourceFileData(m_curGeom->path, wholeFile));
         }
     }
     OvPz3SceneItem item(skeleton, true, true);
@@ -266,9 +269,9 @@ OvNode *OvPZ3Importer::getNode(OvNode *item, const QString &nameIn) {
     if (nameIn == QLatin1String("BODY"))
         return skeleton;
     QString name = nameIn;
-    if (m_handSide != 2 && !name.isEmpty()) {
-        m_fileHandSide = name.at(0) == QLatin1Char('r') ? 0 : 1;
-        name[0] = QLatin1Char(m_handSide == 0 ? 'r' : 'l');
+    if (m_handSide != Pz3HandSide::NotHandPose && !name.isEmpty()) {
+        m_fileHandSide = name.at(0) == QLatin1Char('r') ? Pz3HandSide::Right : Pz3HandSide::Left;
+        name[0] = QLatin1Char(m_handSide == Pz3HandSide::Right ? 'r' : 'l');
     }
     if (OvBone *bone = skeleton->findBone(name))
         return bone;
@@ -360,7 +363,8 @@ OvPz3DeformerChannelItem *OvPZ3Importer::findOrCreateDeformerChannel(OvNode *nod
     modifier->setName(name);
     // Deformer modifiers stay ahead of morphs and joints.
     int position = 0;
-    while (position < object->getNumModifiers() && dynamic_cast<OvDFormModifier *>(object->getModifier(position)))
+    while (position < object->getNumModifiers() &&
+           dynamic_cast<OvDFormModifier *>(object->getModifier(position)))
         ++position;
     object->addModifier(modifier, position);
     m_deformerChannels.emplace_back(new OvPz3DeformerChannelItem{modifier, node});
