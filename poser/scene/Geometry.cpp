@@ -2,6 +2,7 @@
 // keywords of object sections and the alternate-geometry section.
 #include "../OvPZ3Importer.h"
 #include "../Pz3InputFile.h"
+#include "SceneHelpers.h"
 
 #include <OvApp.h>
 #include <OvFileIO.h>
@@ -15,14 +16,10 @@
 #include <new>
 #include <obj/OvObjImporter.h>
 
-namespace {
+using poser::isDeformer;
+using poser::make;
 
-template <class T> T *make() {
-    T *p = new (std::nothrow) T;
-    if (!p)
-        throw QString("Out of Memory");
-    return p;
-}
+namespace {
 
 const QString kGeomSourceData = QStringLiteral("GeomSourceFileData");
 
@@ -76,10 +73,6 @@ OvMaterial *sharedMaterial(OvPz3SceneItem *item, const QString &name) {
         item->materials.append(material);
     }
     return material.get(); // the item's list keeps it alive
-}
-
-bool isDeformer(const OvNode *node) {
-    return node->inherits("OvDForm") || node->inherits("OvDFormZone") || node->inherits("OvDFormBase");
 }
 
 // Poser paths use ':' as separator unless they are Windows paths.

@@ -1,8 +1,10 @@
-// Object sections (actor, prop, light, camera and deformer props): placement in the hierarchy,
-// origin, end point and orientation, flags, materials, spot lights and deformer wiring.
+// Object sections (actor, prop, light, camera and deformer props): the keyword table, placement in
+// the hierarchy, origin, end point and orientation, flags and spot lights. Materials and deformer
+// wiring have files of their own.
 #include "../OvPZ3Importer.h"
 #include "../PoserFloat.h"
 #include "../Pz3InputFile.h"
+#include "SceneHelpers.h"
 #include "obj/ObjParse.h"
 
 #include <OvApp.h>
@@ -15,19 +17,12 @@
 #include <QtDebug>
 #include <new>
 
+using poser::isDeformer;
+using poser::itemKey;
+using poser::make;
+using poser::moveUnder;
+
 namespace {
-
-bool isDeformer(const OvNode *node) {
-    return node &&
-           (node->inherits("OvDForm") || node->inherits("OvDFormBase") || node->inherits("OvDFormZone"));
-}
-
-// A scene item is known by the Poser name it was created under, else by its node's label.
-QString itemKey(const OvPz3SceneItem &item) {
-    if (!item.name.isEmpty() || !item.node)
-        return item.name;
-    return item.node->getLabel();
-}
 
 // The node's Poser joint: the last joint modifier of its object.
 OvPoserJoint *poserJointOf(const OvNode *node) {
@@ -38,34 +33,6 @@ OvPoserJoint *poserJointOf(const OvNode *node) {
         if (auto *joint = dynamic_cast<OvPoserJoint *>(object->getModifier(i)))
             return joint;
     return nullptr;
-}
-
-// Moves `child` under `parent`. The scene lists top-level nodes only, so a top-level child leaves
-// that list (keeping the selection, since the node stays in the scene). Refused, with nothing
-// changed, when it would make a node its own ancestor.
-bool moveUnder(OvNode *parent, OvNode *child) {
-    if (!parent || !child || parent == child || child->isAncestorOf(parent))
-        return false;
-    if (child->getNodeParent() == parent)
-        return true;
-    if (OvNode *old = child->getNodeParent()) {
-        old->removeNodeChild(child, false);
-    } else {
-        OvScene *scene = OvApp::getScene();
-        if (scene->contains(child)) {
-            OvNode *selection = scene->getPrimarySelection();
-            scene->removeNode(child);
-            scene->setPrimarySelection(selection);
-        }
-    }
-    return parent->addNodeChild(child, false);
-}
-
-template <class T> T *make() {
-    T *p = new (std::nothrow) T;
-    if (!p)
-        throw QString("Out of Memory");
-    return p;
 }
 
 } // namespace
@@ -218,70 +185,6 @@ bool OvPZ3Importer::objHidden(char **argv, int) {
     return true;
 }
 
-bool OvPZ3Importer::objDeformTarget(char **argv, int argc) {
-    bindDeformTarget(tokenText(argv, 1, argc));
-    return true;
-}
-
-bool OvPZ3Importer::objBaseProp(char **argv, int argc) {
-    attachToMagnet(argv, argc, true);
-    return true;
-}
-
-bool OvPZ3Importer::objAddZone(char **argv, int argc) {
-    attachToMagnet(argv, argc, false);
-    return true;
-}
-
-// The base (or a zone) of the magnet being read, by the Poser name of its prop.
-void OvPZ3Importer::attachToMagnet(char **argv, int argc, bool base) {
-    auto *dform = qobject_cast<OvDForm *>(m_curNode);
-    if (!dform)
-        return;
-    QString name = tokenText(argv, 1, argc);
-    stripFigureNumber(name);
-    for (int i = 0; i < m_sceneItems.size(); ++i) {
-        if (m_sceneItems[i].name != name)
-            continue;
-        if (base) {
-            if (auto *b = qobject_cast<OvDFormBase *>(m_sceneItems[i].node))
-                dform->setBase(b);
-        } else if (auto *zone = qobject_cast<OvDFormZone *>(m_sceneItems[i].node)) {
-            dform->setZone(zone);
-        }
-    }
-}
-
-bool OvPZ3Importer::objDeformerProp(char **argv, int argc) {
-    auto *base = qobject_cast<OvDFormBase *>(m_curNode);
-    if (!base)
-        return true;
-    const QString name = tokenText(argv, 1, argc);
-    // Collected first: the items do not move while nodes are reparented, but keep it obvious.
-    QList<OvDForm *> magnets;
-    for (int i = 0; i < m_sceneItems.size(); ++i)
-        if (m_sceneItems[i].name == name)
-            if (auto *magnet = qobject_cast<OvDForm *>(m_sceneItems[i].node))
-                magnets.append(magnet);
-    for (OvDForm *magnet : magnets) {
-        moveUnder(base, magnet);
-        magnet->setBase(base);
-    }
-    return true;
-}
-
-bool OvPZ3Importer::objNewFalloffCurve(char **, int) {
-    if (auto *zone = qobject_cast<OvDFormZone *>(m_curNode))
-        zone->getSpline()->clear();
-    return true;
-}
-
-bool OvPZ3Importer::objFalloffCpt(char **argv, int) {
-    if (auto *zone = qobject_cast<OvDFormZone *>(m_curNode))
-        zone->getSpline()->insertPoint(parsePoserFloat(argv[1]), parsePoserFloat(argv[2]));
-    return true;
-}
-
 bool OvPZ3Importer::objSubdivision(char **argv, int) {
     const int level = obj::leadingInt(argv[1]);
     if (level != 0 && m_curNode && !m_curNode->inherits("OvBone")) {
@@ -401,93 +304,6 @@ void OvPZ3Importer::recordSmartParent(const QString &name) {
         getNodeItem(m_curNode)->smartParent = found;
 }
 
-// ---- materials ----
-
-bool OvPZ3Importer::selectMaterial(const QString &name) {
-    if (m_curNode->inherits("OvBone")) {
-        // A body part gets a material of its own, in place of the figure's shared one.
-        m_material = nullptr;
-        const OvObject *object = m_curNode->getObject();
-        if (!object || object->getNumShapes() == 0) {
-            m_parseMode = ModeIgnore;
-            return true;
-        }
-        for (int s = 0; s < object->getNumShapes(); ++s) {
-            OvShape *shape = object->getShape(s);
-            OvMaterial *found = shape->findMaterial(name);
-            if (!found)
-                continue;
-            if (!m_material) {
-                auto *material = make<OvDefaultMaterial>();
-                material->setName(name);
-                m_material = material;
-            }
-            shape->replaceMaterial(found, m_material);
-        }
-        m_parseMode = m_material ? ModeMaterial : ModeIgnore;
-        return true;
-    }
-    OvTSharedPointer<OvMaterial> material = resolveMaterial(m_curFigure, name);
-    if (auto *standard = dynamic_cast<OvDefaultMaterial *>(material.get())) {
-        m_material = standard;
-        m_parseMode = ModeMaterial;
-    } else {
-        m_material = nullptr;
-        m_parseMode = ModeIgnore;
-    }
-    return true;
-}
-
-OvTSharedPointer<OvMaterial> OvPZ3Importer::resolveMaterial(OvNode *node, const QString &name) {
-    OvPz3SceneItem *item = findSceneItem(node);
-    if (!item)
-        return OvTSharedPointer<OvMaterial>();
-    OvTSharedPointer<OvMaterial> material = item->findMaterial(name);
-    // Settings can be applied to the host's standard material only: a pose swaps any other kind
-    // for a standard copy of it first.
-    if (material && !dynamic_cast<OvDefaultMaterial *>(material.get()) && m_applyToSelection) {
-        replaceMaterialOnNode(node, item, material.get());
-        return item->findMaterial(name);
-    }
-    return material;
-}
-
-void OvPZ3Importer::replaceMaterialOnNode(OvNode *node, OvPz3SceneItem *item, OvMaterial *old) {
-    if (!node || !item || !old)
-        return;
-    if (auto *skeleton = qobject_cast<OvSkeleton *>(node)) {
-        for (OvBone *bone : skeleton->getAllBones())
-            replaceMaterialOnNode(bone, item, old);
-        return;
-    }
-    const OvObject *object = node->getObject();
-    if (!object)
-        return;
-    // The old material may lose its last owner below.
-    const OvTSharedPointer<OvMaterial> keepOld(old);
-    for (int s = 0; s < object->getNumShapes(); ++s) {
-        OvTSharedPointer<OvMaterial> replacement = item->replacedMaterials.value(old);
-        if (!replacement) {
-            auto *copy = make<OvDefaultMaterial>();
-            replacement = copy;
-            copy->setName(old->getName());
-            copy->setLabel(old->getLabel());
-            copy->copyFrom(*old);
-            item->replacedMaterials.insert(old, replacement);
-            bool listed = false;
-            for (int i = item->materials.size() - 1; i >= 0; --i) {
-                if (item->materials[i].get() == old)
-                    item->materials.removeAt(i);
-                else if (item->materials[i] == replacement)
-                    listed = true;
-            }
-            if (!listed)
-                item->materials.append(replacement);
-        }
-        object->getShape(s)->replaceMaterial(old, replacement.get());
-    }
-}
-
 // ---- flags and lights ----
 
 void OvPZ3Importer::setBending(OvNode *node, bool on) {
@@ -526,42 +342,4 @@ void OvPZ3Importer::replaceWithSpotLight() {
     if (place >= 0)
         m_lights.insert(place, spot);
     m_curNode = spot;
-}
-
-// ---- deformers ----
-
-void OvPZ3Importer::bindDeformTarget(const QString &name) {
-    auto *magnet = qobject_cast<OvDForm *>(m_curNode);
-    if (!magnet)
-        return;
-    QString targetName = name;
-    const int figureNumber = stripFigureNumber(targetName);
-
-    const OvPz3NodeItem *nodeItem = findNodeItem(m_curNode);
-    if (m_foundOnFollowTarget || (nodeItem && nodeItem->smartParent)) {
-        // A deformer brought onto a figure that already exists: the deformer modifier of the
-        // target is bound here, since the target's own channels are not read again.
-        OvSkeleton *skeleton = getSelectedSkeleton();
-        if (!skeleton)
-            return;
-        OvNode *target =
-            skeleton->getName() == targetName ? skeleton : skeleton->findNodeChild(targetName, true);
-        if (!target)
-            return;
-        if (OvPz3DeformerChannelItem *channel = findOrCreateDeformerChannel(target, magnet->getName()))
-            if (channel->modifier)
-                channel->modifier->setDForm(magnet);
-        return;
-    }
-
-    // Otherwise the target's deformerPropChan channel binds the deformer when its body is read;
-    // the target is only looked up, for the developer log.
-    OvNode *target = nullptr;
-    if (OvNode *figure = getSkeleton(figureNumber, false))
-        target = figure->findNodeChild(targetName, true);
-    for (int i = 0; !target && i < m_sceneItems.size(); ++i)
-        if (itemKey(m_sceneItems[i]) == targetName)
-            target = m_sceneItems[i].node;
-    if (!target)
-        qDebug("deformTarget %s not found", qPrintable(name));
 }

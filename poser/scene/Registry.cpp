@@ -1,5 +1,6 @@
 // The node registry: how every section finds the scene objects a file talks about.
 #include "../OvPZ3Importer.h"
+#include "SceneHelpers.h"
 
 #include <OvApp.h>
 #include <OvDeformers.h>
@@ -10,14 +11,10 @@
 #include <QtDebug>
 #include <new>
 
-namespace {
+using poser::isDeformer;
+using poser::make;
 
-template <class T> T *make() {
-    T *p = new (std::nothrow) T;
-    if (!p)
-        throw QString("Out of Memory");
-    return p;
-}
+namespace {
 
 void collectMaterials(const OvNode *node, OvTArray<OvTSharedPointer<OvMaterial>> &out) {
     const OvObject *object = node ? node->getObject() : nullptr;
@@ -28,11 +25,6 @@ void collectMaterials(const OvNode *node, OvTArray<OvTSharedPointer<OvMaterial>>
         for (int m = 0; m < shape->getNumMaterials(); ++m)
             out.append(shape->getMaterial(m));
     }
-}
-
-bool isDeformer(const OvNode *node) {
-    return node &&
-           (node->inherits("OvDForm") || node->inherits("OvDFormBase") || node->inherits("OvDFormZone"));
 }
 
 } // namespace
