@@ -122,7 +122,7 @@ void OvPz3GeomItem::addShapeTo(OvNode *node, OvPz3SceneItem *sceneItem, const QS
     made->setPolyMesh(shape->getPolyMesh());
     made->setLabel(label);
     made->setName(shape->getName());
-    recordSource(made.get(), path, QString());
+    recordSource(made.get(), path, QStringLiteral("")); // the whole file
     // Same order as the cached shape, so the shared mesh's face material indices stay right.
     for (int i = 0; i < shape->getNumMaterials(); ++i)
         made->addMaterial(sharedMaterial(sceneItem, shape->getMaterial(i)->getName()));

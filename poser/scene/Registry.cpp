@@ -152,7 +152,8 @@ OvNode *OvPZ3Importer::getSkeleton(int figureNumber, bool create) {
     }
     OvApp::getScene()->addNode(skeleton);
     if (m_curGeom) {
-        const QString wholeFile;
+        // The whole file: an empty group name, where a prop's own record has none at all.
+        const QString wholeFile = QStringLiteral("");
         if (auto *data = dynamic_cast<OvGeomSourceFileData *>(
                 skeleton->findDataItem(QStringLiteral("GeomSourceFileData")))) {
             data->setSourceFilePath(m_curGeom->path);
