@@ -88,19 +88,12 @@ public:
     OvTSharedPointer<OvMaterial> resolveMaterial(OvNode *node, const QString &name);
     void setBending(OvNode *node, bool on);
 
-    // ---- what the last read left, for the host's tools and for tests ----
+    // ---- what the last read left ----
     const OvTArray<OvPz3SceneItem> &sceneItems() const { return m_sceneItems; }
-    const QList<OvLight *> &lights() const { return m_lights; }
     const OvTArray<OvPz3SubDNode> &subDNodes() const { return m_subDNodes; }
-    Pz3FileKind fileType() const { return m_fileType; }
     float version() const { return m_version; }
-    const LocatedDirList &locatedDirs() const { return m_locatedDirs; }
     bool askForFiles() const { return m_askForFiles; }
     bool applyToSelection() const { return m_applyToSelection; }
-    ParseMode parseMode() const { return m_parseMode; }
-    const OvTArray<ParseMode> &modeStack() const { return m_modeStack; }
-    const QList<OvBasicCamera *> &cameras() const { return m_cameras; }
-    const OvPz3GeomItem *geometryItem(int i) const { return m_geomItems[size_t(i)].get(); }
 
 public slots:
     unsigned int read(const QString &fileName, const OvFileIOSettings &options) override;
