@@ -28,8 +28,6 @@ public:
     static constexpr int NumExtensions = 18;
     static const char *const Extensions[NumExtensions];
 
-    using ParseMode = Pz3ReadState::ParseMode;
-
     // Nested includes deeper than this are refused (each open file holds a read buffer).
     static constexpr int MaxIncludeDepth = 32;
 
@@ -118,7 +116,7 @@ protected:
         const char *keyword;
         int minTokens; // the keyword included
         Short whenShort;
-        const char *message; // translated in this class's context
+        const char *message; // passed through tr()
         ModeHandler handler;
         Needs needs = Needs::Nothing;
     };

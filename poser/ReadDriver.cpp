@@ -38,8 +38,9 @@ const OvPZ3Importer::ModeHandler OvPZ3Importer::s_modeHandlers[ModeCount] = {
 // ---- keyword tables ----
 
 const OvPZ3Importer::KeywordRow *OvPZ3Importer::findKeyword(const KeywordRow *table, const char *keyword) {
-    // Every line in a section with a table comes here: the first characters rule out most rows
-    // before a string is compared. Row keywords are never empty, so keyword + 1 is in bounds.
+    // Every line of a section with a table comes here: the first characters rule out most rows
+    // before a string is compared. A row's first character is never NUL, so when it matches,
+    // keyword + 1 still lies inside the token.
     for (const KeywordRow *row = table; row->keyword; ++row)
         if (row->keyword[0] == keyword[0] && std::strcmp(row->keyword + 1, keyword + 1) == 0)
             return row;
