@@ -49,8 +49,8 @@ bool OvPZ3Importer::findContentFile(const QString &name, QString &foundPath, boo
     }
 
     const QString tail = tailFromLastSlash(p);
-    for (int k = 0; k < m_locatedDirs->dirs.size(); ++k) {
-        QString candidate = m_locatedDirs->dirs[k] + (m_locatedDirs->isContentRoot[k] ? p : tail);
+    for (int k = 0; k < m_locatedDirs.dirs.size(); ++k) {
+        QString candidate = m_locatedDirs.dirs[k] + (m_locatedDirs.isContentRoot[k] ? p : tail);
         if (QFile::exists(candidate)) {
             foundPath = candidate;
             return true;
@@ -66,13 +66,14 @@ bool OvPZ3Importer::locateFile(const QString &name, QString &foundPath, bool isI
     OvMainWindow *window = OvApp::getInterface();
     if (!m_askForFiles || !window)
         return false;
-    const QString text = tr("Cannot find a file for \"%1\".\n\nTo avoid seeing this message, make sure that the "
-                            "Poser content directories are set up correctly")
-                             .arg(name);
+    const QString text =
+        tr("Cannot find a file for \"%1\".\n\nTo avoid seeing this message, make sure that the "
+           "Poser content directories are set up correctly")
+            .arg(name);
     OvApp::pauseProgress();
-    const int answer = poser::askUser(QMessageBox::Warning, window, QStringLiteral("Unable to locate file"), text,
-                                      {QStringLiteral("Locate"), QStringLiteral("Skip"), QStringLiteral("Stop Asking")},
-                                      0, 1);
+    const int answer = poser::askUser(
+        QMessageBox::Warning, window, QStringLiteral("Unable to locate file"), text,
+        {QStringLiteral("Locate"), QStringLiteral("Skip"), QStringLiteral("Stop Asking")}, 0, 1);
     bool found = false;
     if (answer == 2) {
         m_askForFiles = false;
@@ -85,9 +86,10 @@ bool OvPZ3Importer::locateFile(const QString &name, QString &foundPath, bool isI
         filter.addExtension(ext);
         const QString startPath = m_filePath + QLatin1Char('/') + fileName;
         QString selected;
-        bool accepted = isImage ? window->doImageDialog(true, selected, nullptr, startPath)
-                                : window->doFileDialog(true, QStringLiteral("Please locate the file: ") + fileName,
-                                                       startPath, filter, selected, nullptr, nullptr);
+        bool accepted =
+            isImage ? window->doImageDialog(true, selected, nullptr, startPath)
+                    : window->doFileDialog(true, QStringLiteral("Please locate the file: ") + fileName,
+                                           startPath, filter, selected, nullptr, nullptr);
         if (accepted && !selected.isEmpty()) {
             int slash = selected.lastIndexOf(QLatin1Char('/'));
             if (slash > 0)
@@ -107,11 +109,11 @@ bool OvPZ3Importer::locateFile(const QString &name, QString &foundPath, bool isI
 void OvPZ3Importer::learnLocation(const QString &name, const QString &selected) {
     int at = selected.toLower().indexOf(name.toLower());
     if (at > 0) {
-        m_locatedDirs->append(selected.left(at), true);
+        m_locatedDirs.append(selected.left(at), true);
         return;
     }
     int slash = selected.lastIndexOf(QLatin1Char('/'));
-    m_locatedDirs->append(slash > 0 ? selected.left(slash) : QString(), false);
+    m_locatedDirs.append(slash > 0 ? selected.left(slash) : QString(), false);
 }
 
 bool OvPZ3Importer::readScript(const QString &name) {
@@ -137,7 +139,9 @@ bool OvPZ3Importer::readScript(const QString &name) {
         return true;
     }
     if (m_fileStack.count() >= MaxIncludeDepth) {
-        reportError(tr("Too many nested readScript files (more than %1); %2 is not read").arg(MaxIncludeDepth).arg(found));
+        reportError(tr("Too many nested readScript files (more than %1); %2 is not read")
+                        .arg(MaxIncludeDepth)
+                        .arg(found));
         return true;
     }
     const QString ext = OvFileIO::getFileExtension(found);

@@ -12,7 +12,7 @@ const char *const OvPZ3Importer::Extensions[NumExtensions] = {"pz3", "pz2", "cr2
                                                               "fc2", "hd2", "hr2", "pzz", "p2z", "crz",
                                                               "ltz", "cmz", "ppz", "fcz", "hdz", "hrz"};
 
-OvPZ3Importer::OvPZ3Importer() : m_locatedDirs(new LocatedDirList) {}
+OvPZ3Importer::OvPZ3Importer() = default;
 
 OvPZ3Importer::~OvPZ3Importer() {
     delete m_file;
@@ -34,71 +34,46 @@ QString OvPZ3Importer::getExtension(int i) {
     return QString::fromLatin1(Extensions[i]);
 }
 
-int OvPZ3Importer::fileTypeOf(const QString &ext) {
+Pz3FileKind OvPZ3Importer::fileTypeOf(const QString &ext) {
     static const struct {
         const char *plain, *compressed;
-        int type;
-    } kinds[] = {{"pz3", "pzz", 0}, {"cr2", "crz", 1}, {"pp2", "ppz", 2}, {"hr2", "hrz", 3}, {"pz2", "p2z", 4},
-                 {"lt2", "ltz", 5}, {"cm2", "cmz", 6}, {"fc2", "fcz", 7}, {"hd2", "hdz", 8}};
+        Pz3FileKind kind;
+    } kinds[] = {{"pz3", "pzz", Pz3FileKind::Scene},     {"cr2", "crz", Pz3FileKind::Figure},
+                 {"pp2", "ppz", Pz3FileKind::Prop},      {"hr2", "hrz", Pz3FileKind::Hair},
+                 {"pz2", "p2z", Pz3FileKind::Pose},      {"lt2", "ltz", Pz3FileKind::LightSet},
+                 {"cm2", "cmz", Pz3FileKind::CameraSet}, {"fc2", "fcz", Pz3FileKind::FacePose},
+                 {"hd2", "hdz", Pz3FileKind::HandPose}};
     for (const auto &k : kinds)
         if (ext == QLatin1String(k.plain) || ext == QLatin1String(k.compressed))
-            return k.type;
-    return 9;
+            return k.kind;
+    return Pz3FileKind::Other;
 }
 
 bool OvPZ3Importer::isCompressedExtension(const QString &ext) {
     return ext.size() > 2 && ext.at(2) == QLatin1Char('z');
 }
 
-// Per-read state that every read starts from.
-void OvPZ3Importer::resetForRead() {
-    m_parseMode = ModeFile;
-    m_modeStack.clear();
-    m_version = 4.0f;
-    m_movieCurrentTime = m_movieLoopStart = m_movieLoopEnd = -1;
-    m_curFigure = nullptr;
-    m_curNode = nullptr;
-    m_curProperty = nullptr;
-    m_material = nullptr;
-    m_curChannelType = 0;
-    m_colorComponent = 0;
-    m_isColorChannel = false;
-    m_limitsAnswer = 0;
-    m_foundOnFollowTarget = false;
-    m_jointParmsSeen = false;
-    m_ignoreKeys = false;
-    m_keyPending = false;
-    m_lastFrame = 0;
-}
-
 // Scene, figure, prop and hair files make new objects; every other kind is applied to the
 // selection at the current frame.
 bool OvPZ3Importer::preparePoseTarget(unsigned int &) {
-    m_applyToSelection = m_fileType > 3;
+    m_applyToSelection = m_fileType > Pz3FileKind::Hair;
     OvScene *scene = OvApp::getScene();
     m_startFrame = m_applyToSelection ? scene->getTime() / scene->getTimeStep() : 0;
     return true;
 }
 
 unsigned int OvPZ3Importer::read(const QString &fileName, const OvFileIOSettings &) {
-    m_sceneItems.clear();
-    m_nodeItems.clear();
-    m_subDNodes.clear();
-    m_lights.clear();
-    m_cameras.clear();
-    m_locatedDirs->clear();
-    m_figureVertexCount = 0;
-    m_askForFiles = true;
+    // Every read starts afresh. The files of the last read were all closed when it ended, so the
+    // assignment drops nothing the state owns.
+    static_cast<Pz3ReadState &>(*this) = Pz3ReadState();
 
     m_fileName = OvFileIO::getShortFileName(fileName);
     m_filePath = OvFileIO::getFilePath(fileName);
-    m_figureBaseName.clear();
     OvApp::statusLine(tr("Importing %1 ...").arg(m_fileName), true);
 
-    m_handSide = 2;
     const QString ext = OvFileIO::getFileExtension(fileName);
     m_fileType = fileTypeOf(ext);
-    if (m_fileType == 1)
+    if (m_fileType == Pz3FileKind::Figure)
         m_figureBaseName = OvFileIO::getBaseFileName(m_fileName);
     const bool compressed = isCompressedExtension(ext);
 
@@ -116,21 +91,17 @@ unsigned int OvPZ3Importer::read(const QString &fileName, const OvFileIOSettings
     }
     m_file->m_canonicalPath = QFileInfo(fileName).canonicalFilePath();
 
+    // Poses and sets are one undo step; files of an unknown kind are not undone.
     std::unique_ptr<OvUndoStackHold> hold;
-    if (m_fileType >= 4 && m_fileType <= 8)
+    if (m_fileType >= Pz3FileKind::Pose && m_fileType <= Pz3FileKind::HandPose)
         hold.reset(new OvUndoStackHold);
 
     OvScene *scene = OvApp::getScene();
-    if (m_fileType == 0) {
+    if (m_fileType == Pz3FileKind::Scene || m_fileType == Pz3FileKind::LightSet)
         scene->removeAllLights();
+    if (m_fileType == Pz3FileKind::Scene || m_fileType == Pz3FileKind::CameraSet)
         scene->removeAllCameras();
-    } else if (m_fileType == 5) {
-        scene->removeAllLights();
-    } else if (m_fileType == 6) {
-        scene->removeAllCameras();
-    }
 
-    resetForRead();
     std::unique_ptr<char *[]> argv(new (std::nothrow) char *[OvTextInputFile::MaxTokens]);
     if (!argv)
         throw QString("Out of Memory");

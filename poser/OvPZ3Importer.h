@@ -1,29 +1,17 @@
 #pragma once
 // The importer of every Poser-format file: scenes, figures, props, hair, poses, light and camera
-// sets, plain or compressed. Its fields are the shared state of all section handlers.
+// sets, plain or compressed. The per-read state (ReadState.h) is what the section handlers share;
+// the importer itself keeps only what lasts from one read to the next.
 
-#include "LocatedDirList.h"
-#include "scene/SceneItems.h"
+#include "ReadState.h"
 #include <OvImporter.h>
 #include <OvTypes.h>
 #include <QList>
 #include <memory>
 #include <vector>
 
-struct Pz3InputFile;
-class OvNode;
-class OvProperty;
-class OvMaterial;
-class OvLight;
-class OvBasicCamera;
 class OvSkeleton;
 class OvDFormModifier;
-
-// A node to turn into a subdivision surface once the import is complete.
-struct OvPz3SubDNode {
-    OvNode *node = nullptr;
-    int level = 0;
-};
 
 // A deformer modifier found or made in this import, with the node whose object carries it.
 struct OvPz3DeformerChannelItem {
@@ -31,7 +19,7 @@ struct OvPz3DeformerChannelItem {
     OvNode *node = nullptr;
 };
 
-class OvPZ3Importer : public OvImporter {
+class OvPZ3Importer : public OvImporter, protected Pz3ReadState {
     Q_OBJECT
 public:
     OvPZ3Importer();
@@ -39,30 +27,6 @@ public:
 
     static constexpr int NumExtensions = 18;
     static const char *const Extensions[NumExtensions];
-
-    // The section the parser is in.
-    enum ParseMode : int {
-        ModeFile = 0,
-        ModeFigure = 1,
-        ModeObject = 2,
-        ModeChannels = 3,
-        ModeChannel = 4,
-        ModeKeys = 5,
-        ModeMaterial = 6,
-        ModeMovieInfo = 7,
-        ModeDoc = 8,
-        ModeVersion = 9,
-        ModeIgnore = 10,
-        ModeTargetGeom = 11,
-        ModeDeltas = 12,
-        ModeJointParm = 13,
-        ModeAltGeom = 14,
-        ModeInkyChain = 15,
-        ModeParmChannel = 16,
-        ModeGroups = 17,
-        ModeGroupNode = 18,
-        ModeCount
-    };
 
     // Nested includes deeper than this are refused (each open file holds a read buffer).
     static constexpr int MaxIncludeDepth = 32;
@@ -74,9 +38,8 @@ public:
     QString getExtension(int i) override;
     QString getDescription() override { return QStringLiteral("Poser Files"); }
 
-    // File kind from an extension (exact, case-sensitive): 0 scene, 1 figure, 2 prop, 3 hair,
-    // 4 pose, 5 light set, 6 camera set, 7 face pose, 8 hand pose, 9 anything else.
-    static int fileTypeOf(const QString &extension);
+    // File kind from an extension (exact, case-sensitive).
+    static Pz3FileKind fileTypeOf(const QString &extension);
     // Compressed forms have 'z' as the third character of their extension.
     static bool isCompressedExtension(const QString &extension);
 
@@ -115,7 +78,6 @@ public:
     OvPz3GeomItem *getGeometry(const QString &path);
     bool locateGeometry(const QString &path, QString &found, bool ask);
     int numGeometryItems() const { return int(m_geomItems.size()); }
-    const OvPz3GeomItem *geometryItem(int i) const { return m_geomItems[size_t(i)].get(); }
 
     // ---- object sections ----
     void setNodeOrigin(OvNode *node, const OvVec3 &v);
@@ -124,24 +86,12 @@ public:
     OvTSharedPointer<OvMaterial> resolveMaterial(OvNode *node, const QString &name);
     void setBending(OvNode *node, bool on);
 
-    // ---- state that tests and later sections look at ----
+    // ---- what the last read left ----
     const OvTArray<OvPz3SceneItem> &sceneItems() const { return m_sceneItems; }
-    int numNodeItems() const { return int(m_nodeItems.size()); }
-    const QList<OvLight *> &lights() const { return m_lights; }
-    const QList<OvBasicCamera *> &cameras() const { return m_cameras; }
     const OvTArray<OvPz3SubDNode> &subDNodes() const { return m_subDNodes; }
-    OvNode *currentNode() const { return m_curNode; }
-    OvNode *currentFigure() const { return m_curFigure; }
-    const QString &figureResName() const { return m_figureResName; }
-    int figureVertexCount() const { return m_figureVertexCount; }
-    int fileType() const { return m_fileType; }
     float version() const { return m_version; }
-    ParseMode parseMode() const { return m_parseMode; }
-    const OvTArray<ParseMode> &modeStack() const { return m_modeStack; }
-    const LocatedDirList &locatedDirs() const { return *m_locatedDirs; }
     bool askForFiles() const { return m_askForFiles; }
     bool applyToSelection() const { return m_applyToSelection; }
-    int startFrame() const { return m_startFrame; }
 
 public slots:
     unsigned int read(const QString &fileName, const OvFileIOSettings &options) override;
@@ -150,8 +100,42 @@ protected:
     using ModeHandler = bool (OvPZ3Importer::*)(char **argv, int argc);
     static const ModeHandler s_modeHandlers[ModeCount];
 
+    // ---- keyword tables ----
+    // What a keyword line with too few tokens does; the keyword's handler is not called.
+    enum class Short : unsigned char {
+        Skip,  // nothing, reading goes on
+        Warn,  // reportInfo(message), reading goes on
+        Error, // reportError(message), reading goes on
+        Stop,  // reportError(message), the import stops
+    };
+    // What must be current before the tokens are counted; without it the line is skipped silently.
+    enum class Needs : unsigned char { Nothing, Node, Figure };
+    // One keyword of a section. A table ends with a row whose keyword is null; the first row whose
+    // keyword equals the line's first token takes the line.
+    struct KeywordRow {
+        const char *keyword;
+        int minTokens; // the keyword included
+        Short whenShort;
+        const char *message; // passed through tr()
+        ModeHandler handler;
+        Needs needs = Needs::Nothing;
+    };
+    static const KeywordRow s_fileKeywords[];
+    static const KeywordRow s_objectKeywords[];
+    static const KeywordRow s_geometryKeywords[];
+    static const KeywordRow s_altGeomKeywords[];
+    static const KeywordRow s_versionKeywords[];
+    static const KeywordRow *findKeyword(const KeywordRow *table, const char *keyword);
+    bool runKeyword(const KeywordRow &row, char **argv, int argc);
+    bool dispatchKeyword(const KeywordRow *table, char **argv, int argc);
+    // Handlers shared by every table.
+    bool ignoreLine(char **, int) { return true; }
+    template <ParseMode Mode> bool enterSection(char **, int) {
+        m_parseMode = Mode;
+        return true;
+    }
+
     // ---- read driver ----
-    void resetForRead();
     bool preparePoseTarget(unsigned int &result);
     bool runLineLoop(char **argv);
     bool handleLine(char **argv, int argc);
@@ -167,13 +151,47 @@ protected:
     void recordSourceFiles(const QString &fileName);
     bool isOpenFile(const QString &canonicalPath) const;
 
-    // ---- section handlers (argv[0] is the keyword; false stops the import) ----
+    // ---- mode handlers (argv[0] is the keyword; false stops the import) ----
     bool parseFileLine(char **argv, int argc);
     bool parseVersionLine(char **argv, int argc);
     bool parseObjectLine(char **argv, int argc);
     bool parseAltGeom(char **argv, int argc);
-    // The geometry keywords of object sections; `handled` is false for any other keyword.
-    bool parseGeometryKeyword(char **argv, int argc, bool &handled);
+
+    // ---- keyword handlers: top level ----
+    bool fileFigureResFile(char **argv, int argc);
+    bool fileMorphBinaryFile(char **argv, int argc);
+    bool fileActor(char **argv, int argc);
+    bool fileProp(char **argv, int argc);
+    bool fileBaseProp(char **argv, int argc);
+    bool fileMagnetDeformerProp(char **argv, int argc);
+    bool fileSphereZoneProp(char **argv, int argc);
+    bool fileLight(char **argv, int argc);
+    bool fileCamera(char **argv, int argc);
+    bool fileFigure(char **argv, int argc);
+    bool openObjectSection(OvNode *node);
+    bool openDeformerProp(char **argv, int argc, int kind, const char *nodeClass);
+
+    // ---- keyword handlers: object sections ----
+    bool objParent(char **argv, int argc);
+    bool objSmartParent(char **argv, int argc);
+    bool objOrigin(char **argv, int argc);
+    bool objEndPoint(char **argv, int argc);
+    bool objOrientation(char **argv, int argc);
+    bool objMaterial(char **argv, int argc);
+    bool objConformingTarget(char **argv, int argc);
+    bool objBend(char **argv, int argc);
+    bool objCastsShadow(char **argv, int argc);
+    bool objLightType(char **argv, int argc);
+    bool objOn(char **argv, int argc);
+    bool objOff(char **argv, int argc);
+    bool objHidden(char **argv, int argc);
+    bool objDeformTarget(char **argv, int argc);
+    bool objBaseProp(char **argv, int argc);
+    bool objAddZone(char **argv, int argc);
+    bool objDeformerProp(char **argv, int argc);
+    bool objNewFalloffCurve(char **argv, int argc);
+    bool objFalloffCpt(char **argv, int argc);
+    bool objSubdivision(char **argv, int argc);
     // Object-section helpers.
     bool reparent(const QString &name);
     void recordSmartParent(const QString &name);
@@ -181,58 +199,29 @@ protected:
     void replaceMaterialOnNode(OvNode *node, OvPz3SceneItem *item, OvMaterial *old);
     void replaceWithSpotLight();
     void bindDeformTarget(const QString &name);
+    void attachToMagnet(char **argv, int argc, bool base);
     // Drops every record of a node that is about to be deleted.
     void forgetNode(OvNode *node);
+
+    // ---- keyword handlers: geometry ----
+    bool geomCustom(char **argv, int argc);
+    bool geomHandlerGeom(char **argv, int argc);
+    bool geomAlternate(char **argv, int argc);
+    bool geomObjFile(char **argv, int argc);
+    bool altGeomName(char **argv, int argc);
+    bool altGeomObjFile(char **argv, int argc);
+    void linkGenitalsOff();
+
+    bool versionNumber(char **argv, int argc);
 
     // ---- content location helpers ----
     void learnLocation(const QString &name, const QString &selected);
 
-    int m_fileType = 9;
-    // Geometry files read (kept across reads; entries never move).
+    // ---- kept from one read to the next ----
+    // Geometry files read (entries never move).
     std::vector<std::unique_ptr<OvPz3GeomItem>> m_geomItems;
-    OvTArray<OvPz3SceneItem> m_sceneItems{8};
-    std::vector<std::unique_ptr<OvPz3NodeItem>> m_nodeItems;
     std::vector<std::unique_ptr<OvPz3DeformerChannelItem>> m_deformerChannels;
     OvPz3DeformerChannelItem *m_curDeformerChannel = nullptr;
-    OvPz3GeomItem *m_curGeom = nullptr;
-    QString m_altGeomName;
-    // Binary morph file named by the last morphBinaryFile line, resolved.
-    QString m_binMorphFilePath;
-    OvTArray<OvPz3SubDNode> m_subDNodes{8};
-    std::unique_ptr<LocatedDirList> m_locatedDirs;
-    bool m_askForFiles = true;
-    QString m_filePath;
-    QList<OvLight *> m_lights;
-    QList<OvBasicCamera *> m_cameras;
-
-    Pz3InputFile *m_file = nullptr;
-    OvTStack<Pz3InputFile *> m_fileStack{32};
-    ParseMode m_parseMode = ModeFile;
-    OvTArray<ParseMode> m_modeStack{8};
-
-    OvNode *m_curFigure = nullptr;
-    OvNode *m_curNode = nullptr;
-    OvProperty *m_curProperty = nullptr;
-    OvMaterial *m_material = nullptr;
-    int m_curChannelType = 0;
     QString m_figureResName;
-    int m_figureVertexCount = 0;
-    int m_colorComponent = 0;
-    bool m_isColorChannel = false;
-    int m_limitsAnswer = 0;
-    bool m_foundOnFollowTarget = false;
-    bool m_jointParmsSeen = false;
-    int m_movieCurrentTime = -1;
-    int m_movieLoopStart = -1;
-    int m_movieLoopEnd = -1;
-    QString m_fileName;
-    QString m_figureBaseName;
-    bool m_ignoreKeys = false;
-    int m_startFrame = 0;
-    int m_lastFrame = 0;
-    bool m_applyToSelection = false;
-    int m_handSide = 2;
-    int m_fileHandSide = 0;
-    float m_version = 4.0f;
-    bool m_keyPending = false;
+    Pz3HandSide m_fileHandSide = Pz3HandSide::Right;
 };

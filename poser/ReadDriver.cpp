@@ -35,6 +35,47 @@ const OvPZ3Importer::ModeHandler OvPZ3Importer::s_modeHandlers[ModeCount] = {
     nullptr,                          // ModeGroupNode    channel group node
 };
 
+// ---- keyword tables ----
+
+const OvPZ3Importer::KeywordRow *OvPZ3Importer::findKeyword(const KeywordRow *table, const char *keyword) {
+    // Every line of a section with a table comes here: the first characters rule out most rows
+    // before a string is compared. A row's first character is never NUL, so when it matches,
+    // keyword + 1 still lies inside the token.
+    for (const KeywordRow *row = table; row->keyword; ++row)
+        if (row->keyword[0] == keyword[0] && std::strcmp(row->keyword + 1, keyword + 1) == 0)
+            return row;
+    return nullptr;
+}
+
+bool OvPZ3Importer::runKeyword(const KeywordRow &row, char **argv, int argc) {
+    if ((row.needs == Needs::Node && !m_curNode) || (row.needs == Needs::Figure && !m_curFigure))
+        return true;
+    if (argc >= row.minTokens)
+        return (this->*row.handler)(argv, argc);
+    switch (row.whenShort) {
+    case Short::Skip:
+        return true;
+    case Short::Warn:
+        reportInfo(tr(row.message));
+        return true;
+    case Short::Error:
+        reportError(tr(row.message));
+        return true;
+    case Short::Stop:
+        reportError(tr(row.message));
+        return false;
+    }
+    return true;
+}
+
+// Keywords that the table does not list are ignored.
+bool OvPZ3Importer::dispatchKeyword(const KeywordRow *table, char **argv, int argc) {
+    const KeywordRow *row = findKeyword(table, argv[0]);
+    return row ? runKeyword(*row, argv, argc) : true;
+}
+
+// ---- the line loop ----
+
 bool OvPZ3Importer::runLineLoop(char **argv) {
     bool carryOn = true;
     do {
@@ -227,7 +268,8 @@ void OvPZ3Importer::recordSourceFiles(const QString &fileName) {
         OvNode *node = m_sceneItems[i].node;
         if (!node)
             continue;
-        if (auto *data = dynamic_cast<OvSourceFileData *>(node->findDataItem(QStringLiteral("SourceFileData"))))
+        if (auto *data =
+                dynamic_cast<OvSourceFileData *>(node->findDataItem(QStringLiteral("SourceFileData"))))
             data->setSourceFilePath(fileName);
         else
             node->addDataItem(new OvSourceFileData(fileName));

@@ -14,7 +14,9 @@ namespace poser {
 
 namespace {
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
 
 // Reads the next run of digits at or after p (never past end) as an int, saturated.
 bool nextNumber(const char *&p, const char *end, int &value) {
@@ -69,9 +71,13 @@ QString tokenText(char **argv, int first, int argc) {
 
 } // namespace poser
 
-QString OvPZ3Importer::tokenText(char **argv, int first, int argc) const { return poser::tokenText(argv, first, argc); }
+QString OvPZ3Importer::tokenText(char **argv, int first, int argc) const {
+    return poser::tokenText(argv, first, argc);
+}
 
-QString OvPZ3Importer::getStringRes(int tableId, int index) const { return poser::getStringRes(tableId, index); }
+QString OvPZ3Importer::getStringRes(int tableId, int index) const {
+    return poser::getStringRes(tableId, index);
+}
 
 bool OvPZ3Importer::nextLine(char **argv, int &argc) {
     argc = 0;
@@ -86,7 +92,8 @@ void OvPZ3Importer::reportError(const QString &message) {
         OvFileIO::error(tr("%1 while importing Poser File").arg(message));
         return;
     }
-    OvFileIO::error(tr("%1 on line %2 in %3").arg(message, QString::number(m_file->m_lineNumber), m_file->name()));
+    OvFileIO::error(
+        tr("%1 on line %2 in %3").arg(message, QString::number(m_file->m_lineNumber), m_file->name()));
 }
 
 void OvPZ3Importer::reportInfo(const QString &message) {
@@ -94,15 +101,20 @@ void OvPZ3Importer::reportInfo(const QString &message) {
         OvFileIO::info(tr("%1 while importing Poser File").arg(message));
         return;
     }
-    OvFileIO::info(tr("%1 on line %2 in %3").arg(message, QString::number(m_file->m_lineNumber), m_file->name()));
+    OvFileIO::info(
+        tr("%1 on line %2 in %3").arg(message, QString::number(m_file->m_lineNumber), m_file->name()));
 }
 
+const OvPZ3Importer::KeywordRow OvPZ3Importer::s_versionKeywords[] = {
+    {"number", 2, Short::Error, "No version number specified", &OvPZ3Importer::versionNumber},
+    {nullptr, 0, Short::Skip, nullptr, nullptr},
+};
+
 bool OvPZ3Importer::parseVersionLine(char **argv, int argc) {
-    if (std::strcmp(argv[0], "number") == 0) {
-        if (argc < 2)
-            reportError(tr("No version number specified"));
-        else
-            m_version = parsePoserFloat(argv[1]);
-    }
+    return dispatchKeyword(s_versionKeywords, argv, argc);
+}
+
+bool OvPZ3Importer::versionNumber(char **argv, int) {
+    m_version = parsePoserFloat(argv[1]);
     return true;
 }

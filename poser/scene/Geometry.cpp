@@ -2,6 +2,7 @@
 // keywords of object sections and the alternate-geometry section.
 #include "../OvPZ3Importer.h"
 #include "../Pz3InputFile.h"
+#include "SceneHelpers.h"
 
 #include <OvApp.h>
 #include <OvFileIO.h>
@@ -11,25 +12,16 @@
 #include <OvShape.h>
 #include <OvSkeleton.h>
 #include <QtDebug>
-#include <cstring>
 #include <memory>
 #include <new>
 #include <text/ObjGeometry.h>
 #include <text/ObjOptions.h>
 #include <text/Paths.h>
 
+using poser::isDeformer;
+using poser::make;
+
 namespace {
-
-bool is(const char *token, const char *keyword) {
-    return std::strcmp(token, keyword) == 0;
-}
-
-template <class T> T *make() {
-    T *p = new (std::nothrow) T;
-    if (!p)
-        throw QString("Out of Memory");
-    return p;
-}
 
 const QString kGeomSourceData = QStringLiteral("GeomSourceFileData");
 
@@ -85,10 +77,6 @@ OvMaterial *sharedMaterial(OvPz3SceneItem *item, const QString &name) {
     return material.get(); // the item's list keeps it alive
 }
 
-bool isDeformer(const OvNode *node) {
-    return node->inherits("OvDForm") || node->inherits("OvDFormZone") || node->inherits("OvDFormBase");
-}
-
 // Poser paths use ':' as separator unless they are Windows paths.
 QString withSlashes(const QString &path) {
     return text::withSlashes(path, text::ColonsUnlessBackslash | text::Backslashes);
@@ -129,7 +117,7 @@ void OvPz3GeomItem::addShapeTo(OvNode *node, OvPz3SceneItem *sceneItem, const QS
     made->setPolyMesh(shape->getPolyMesh());
     made->setLabel(label);
     made->setName(shape->getName());
-    recordSource(made.get(), path, QString());
+    recordSource(made.get(), path, QStringLiteral("")); // the whole file
     // Same order as the cached shape, so the shared mesh's face material indices stay right.
     for (int i = 0; i < shape->getNumMaterials(); ++i)
         made->addMaterial(sharedMaterial(sceneItem, shape->getMaterial(i)->getName()));
@@ -204,138 +192,127 @@ OvPz3GeomItem *OvPZ3Importer::getGeometry(const QString &path) {
 
 // ---- object-section keywords ----
 
-bool OvPZ3Importer::parseGeometryKeyword(char **argv, int argc, bool &handled) {
-    handled = true;
-    const char *key = argv[0];
+const OvPZ3Importer::KeywordRow OvPZ3Importer::s_geometryKeywords[] = {
+    {"geomCustom", 0, Short::Skip, nullptr, &OvPZ3Importer::geomCustom, Needs::Node},
+    {"geomHandlerGeom", 3, Short::Stop, "Insufficient arguments", &OvPZ3Importer::geomHandlerGeom,
+     Needs::Figure},
+    {"alternateGeom", 0, Short::Skip, nullptr, &OvPZ3Importer::geomAlternate},
+    {"objFileGeom", 4, Short::Stop, "No filename was specified", &OvPZ3Importer::geomObjFile, Needs::Figure},
+    {nullptr, 0, Short::Skip, nullptr, nullptr},
+};
 
-    if (is(key, "geomCustom")) {
-        if (!m_curNode)
-            return true;
-        OvPz3SceneItem *item = findSceneItem(m_curFigure);
-        OvObject *object = objectOf(m_curNode);
-        // The block's braces are read by the OBJ reader too ('{' is no OBJ keyword, '}' ends the
-        // read), so the section stack never sees them.
-        OvShape *shape = readObjGeometryInline(*m_file, m_file->m_lineNumber, geometrySettings());
-        if (!shape)
-            return false;
-        const QString nodeName = m_curNode->getName();
-        if (shape->getGeometry()) {
-            const QString name = QStringLiteral("%1_%2").arg(nodeName).arg(vertexCount(shape));
-            shape->setName(name);
-            object->setName(name);
-        }
-        if (item)
-            for (int i = 0; i < shape->getNumMaterials(); ++i)
-                item->materials.append(shape->getMaterial(i));
-        shape->setLabel(nodeName);
-        object->addShape(shape, -1);
-        return true;
+bool OvPZ3Importer::geomCustom(char **, int) {
+    OvPz3SceneItem *item = findSceneItem(m_curFigure);
+    OvObject *object = objectOf(m_curNode);
+    // The block's braces are read by the OBJ reader too ('{' is no OBJ keyword, '}' ends the
+    // read), so the section stack never sees them.
+    OvShape *shape = readObjGeometryInline(*m_file, m_file->m_lineNumber, geometrySettings());
+    if (!shape)
+        return false;
+    const QString nodeName = m_curNode->getName();
+    if (shape->getGeometry()) {
+        const QString name = QStringLiteral("%1_%2").arg(nodeName).arg(vertexCount(shape));
+        shape->setName(name);
+        object->setName(name);
     }
+    if (item)
+        for (int i = 0; i < shape->getNumMaterials(); ++i)
+            item->materials.append(shape->getMaterial(i));
+    shape->setLabel(nodeName);
+    object->addShape(shape, -1);
+    return true;
+}
 
-    if (is(key, "geomHandlerGeom")) {
-        if (!m_curFigure)
-            return true;
-        if (argc < 3) {
-            reportError(tr("Insufficient arguments"));
-            return false;
-        }
-        if (!m_curNode || !m_curGeom)
-            return true;
-        OvPz3SceneItem *item = findSceneItem(m_curFigure);
-        if (!item) {
-            OvFileIO::error(tr("No item found for geomHandlerGeom."));
-            return false;
-        }
-        m_curGeom->addGroupShapeTo(m_curNode, OvFileIO::decodeText(argv[2]), item);
+bool OvPZ3Importer::geomHandlerGeom(char **argv, int) {
+    if (!m_curNode || !m_curGeom)
         return true;
+    OvPz3SceneItem *item = findSceneItem(m_curFigure);
+    if (!item) {
+        OvFileIO::error(tr("No item found for geomHandlerGeom."));
+        return false;
     }
+    m_curGeom->addGroupShapeTo(m_curNode, OvFileIO::decodeText(argv[2]), item);
+    return true;
+}
 
-    if (is(key, "alternateGeom")) {
-        if (!m_curFigure)
-            qDebug("NULL object for alternateGeom");
-        m_altGeomName.clear();
-        m_parseMode = ModeAltGeom;
+bool OvPZ3Importer::geomAlternate(char **, int) {
+    if (!m_curFigure)
+        qDebug("NULL object for alternateGeom");
+    m_altGeomName.clear();
+    m_parseMode = ModeAltGeom;
+    return true;
+}
+
+bool OvPZ3Importer::geomObjFile(char **argv, int argc) {
+    if (!m_curNode)
         return true;
+    const QString path = tokenText(argv, 3, argc);
+    QString found;
+    if (!locateGeometry(path, found, true))
+        found = path;
+    // A prop's own record names no group; the figure's and its body parts' name theirs.
+    if (!m_curNode->findDataItem(kGeomSourceData)) {
+        auto *data = new (std::nothrow) OvGeomSourceFileData(found, QString());
+        if (!data)
+            throw QString("Out of Memory");
+        m_curNode->addDataItem(data);
     }
-
-    if (is(key, "objFileGeom")) {
-        if (!m_curFigure)
-            return true;
-        if (argc < 4) {
-            reportError(tr("No filename was specified"));
-            return false;
-        }
-        if (!m_curNode)
-            return true;
-        const QString path = tokenText(argv, 3, argc);
-        QString found;
-        if (!locateGeometry(path, found, true))
-            found = path;
-        if (!m_curNode->findDataItem(kGeomSourceData)) {
-            auto *data = new (std::nothrow) OvGeomSourceFileData(found, QString());
-            if (!data)
-                throw QString("Out of Memory");
-            m_curNode->addDataItem(data);
-        }
-        // Deformer props keep the record of their geometry but show none.
-        if (isDeformer(m_curNode))
-            return true;
-        OvPz3SceneItem *item = findSceneItem(m_curFigure);
-        if (!item) {
-            OvFileIO::error(tr("No item found for objFileGeom."));
-            return false;
-        }
-        OvPz3GeomItem *entry = getGeometry(path);
-        if (!entry)
-            return true;
-        entry->addShapeTo(m_curNode, item, m_curNode->getName());
-        if (!m_curNode->inherits("OvBone") && entry->shape)
-            objectOf(m_curNode)->setName(QStringLiteral("%1_%2")
-                                             .arg(OvFileIO::getBaseFileName(withSlashes(path)))
-                                             .arg(vertexCount(entry->shape)));
+    // Deformer props keep the record of their geometry but show none.
+    if (isDeformer(m_curNode))
         return true;
+    OvPz3SceneItem *item = findSceneItem(m_curFigure);
+    if (!item) {
+        OvFileIO::error(tr("No item found for objFileGeom."));
+        return false;
     }
-
-    handled = false;
+    OvPz3GeomItem *entry = getGeometry(path);
+    if (!entry)
+        return true;
+    entry->addShapeTo(m_curNode, item, m_curNode->getName());
+    if (!m_curNode->inherits("OvBone") && entry->shape)
+        objectOf(m_curNode)->setName(QStringLiteral("%1_%2")
+                                         .arg(OvFileIO::getBaseFileName(withSlashes(path)))
+                                         .arg(vertexCount(entry->shape)));
     return true;
 }
 
 // ---- alternateGeom sections ----
 
+const OvPZ3Importer::KeywordRow OvPZ3Importer::s_altGeomKeywords[] = {
+    {"name", 2, Short::Stop, "No name was specified for altGeom", &OvPZ3Importer::altGeomName},
+    {"objFile", 3, Short::Stop, "No OBJ file was specified for altGeom", &OvPZ3Importer::altGeomObjFile},
+    {nullptr, 0, Short::Skip, nullptr, nullptr},
+};
+
 bool OvPZ3Importer::parseAltGeom(char **argv, int argc) {
     if (!m_curNode)
         qDebug("NULL m_curNode for parseAltGeom");
-    const char *key = argv[0];
+    return dispatchKeyword(s_altGeomKeywords, argv, argc);
+}
 
-    if (is(key, "name")) {
-        if (argc < 2) {
-            reportError(tr("No name was specified for altGeom"));
-            return false;
-        }
-        m_altGeomName = tokenText(argv, 1, argc);
-        return true;
-    }
+bool OvPZ3Importer::altGeomName(char **argv, int argc) {
+    m_altGeomName = tokenText(argv, 1, argc);
+    return true;
+}
 
-    if (!is(key, "objFile"))
-        return true;
-    if (argc < 3) {
-        reportError(tr("No OBJ file was specified for altGeom"));
-        return false;
-    }
+bool OvPZ3Importer::altGeomObjFile(char **argv, int argc) {
     if (!m_curNode)
         return true;
     OvPz3SceneItem *item = findSceneItem(m_curFigure);
     m_curGeom = getGeometry(tokenText(argv, 2, argc));
     if (m_curGeom)
         m_curGeom->addShapeTo(m_curNode, item, m_altGeomName);
-
     // Switching the body part to "Genitals Off" also switches the genital bone to an empty shape.
-    if (m_altGeomName != QLatin1String("Genitals Off"))
-        return true;
+    if (m_altGeomName == QLatin1String("Genitals Off"))
+        linkGenitalsOff();
+    return true;
+}
+
+void OvPZ3Importer::linkGenitalsOff() {
     OvSkeleton *skeleton = m_curNode->getSkeleton();
     OvBone *genital = skeleton ? skeleton->findBone(QStringLiteral("genital")) : nullptr;
     if (!genital)
-        return true;
+        return;
     OvPolyShape *placeholder = make<OvPolyShape>();
     placeholder->setName(QStringLiteral("genital_0"));
     placeholder->setLabel(QStringLiteral("Genitals Off"));
@@ -348,5 +325,4 @@ bool OvPZ3Importer::parseAltGeom(char **argv, int argc) {
     OvEnumProperty *genitalSwitch = genital->getObject()->getGeometryControl();
     genitalSwitch->insertController(link, -1);
     genitalSwitch->setHidden(true);
-    return true;
 }

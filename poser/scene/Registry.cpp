@@ -1,5 +1,6 @@
 // The node registry: how every section finds the scene objects a file talks about.
 #include "../OvPZ3Importer.h"
+#include "SceneHelpers.h"
 
 #include <OvApp.h>
 #include <OvDeformers.h>
@@ -10,14 +11,10 @@
 #include <QtDebug>
 #include <new>
 
-namespace {
+using poser::isDeformer;
+using poser::make;
 
-template <class T> T *make() {
-    T *p = new (std::nothrow) T;
-    if (!p)
-        throw QString("Out of Memory");
-    return p;
-}
+namespace {
 
 void collectMaterials(const OvNode *node, OvTArray<OvTSharedPointer<OvMaterial>> &out) {
     const OvObject *object = node ? node->getObject() : nullptr;
@@ -28,10 +25,6 @@ void collectMaterials(const OvNode *node, OvTArray<OvTSharedPointer<OvMaterial>>
         for (int m = 0; m < shape->getNumMaterials(); ++m)
             out.append(shape->getMaterial(m));
     }
-}
-
-bool isDeformer(const OvNode *node) {
-    return node && (node->inherits("OvDForm") || node->inherits("OvDFormBase") || node->inherits("OvDFormZone"));
 }
 
 } // namespace
@@ -159,11 +152,14 @@ OvNode *OvPZ3Importer::getSkeleton(int figureNumber, bool create) {
     }
     OvApp::getScene()->addNode(skeleton);
     if (m_curGeom) {
-        if (auto *data = dynamic_cast<OvGeomSourceFileData *>(skeleton->findDataItem(QStringLiteral("GeomSourceFileData")))) {
+        // The whole file: an empty group name, where a prop's own record has none at all.
+        const QString wholeFile = QStringLiteral("");
+        if (auto *data = dynamic_cast<OvGeomSourceFileData *>(
+                skeleton->findDataItem(QStringLiteral("GeomSourceFileData")))) {
             data->setSourceFilePath(m_curGeom->path);
-            data->setGroupName(QString());
+            data->setGroupName(wholeFile);
         } else {
-            skeleton->addDataItem(new OvGeomSourceFileData(m_curGeom->path, QString()));
+            skeleton->addDataItem(new OvGeomSourceFileData(m_curGeom->path, wholeFile));
         }
     }
     OvPz3SceneItem item(skeleton, true, true);
@@ -266,9 +262,9 @@ OvNode *OvPZ3Importer::getNode(OvNode *item, const QString &nameIn) {
     if (nameIn == QLatin1String("BODY"))
         return skeleton;
     QString name = nameIn;
-    if (m_handSide != 2 && !name.isEmpty()) {
-        m_fileHandSide = name.at(0) == QLatin1Char('r') ? 0 : 1;
-        name[0] = QLatin1Char(m_handSide == 0 ? 'r' : 'l');
+    if (m_handSide != Pz3HandSide::NotHandPose && !name.isEmpty()) {
+        m_fileHandSide = name.at(0) == QLatin1Char('r') ? Pz3HandSide::Right : Pz3HandSide::Left;
+        name[0] = QLatin1Char(m_handSide == Pz3HandSide::Right ? 'r' : 'l');
     }
     if (OvBone *bone = skeleton->findBone(name))
         return bone;
@@ -360,7 +356,8 @@ OvPz3DeformerChannelItem *OvPZ3Importer::findOrCreateDeformerChannel(OvNode *nod
     modifier->setName(name);
     // Deformer modifiers stay ahead of morphs and joints.
     int position = 0;
-    while (position < object->getNumModifiers() && dynamic_cast<OvDFormModifier *>(object->getModifier(position)))
+    while (position < object->getNumModifiers() &&
+           dynamic_cast<OvDFormModifier *>(object->getModifier(position)))
         ++position;
     object->addModifier(modifier, position);
     m_deformerChannels.emplace_back(new OvPz3DeformerChannelItem{modifier, node});

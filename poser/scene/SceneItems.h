@@ -34,8 +34,8 @@ struct OvPz3SceneItem {
 struct OvPz3NodeItem {
     explicit OvPz3NodeItem(OvNode *n) : node(n) {}
     OvNode *node;
-    OvVec3 origin;    // host units
-    OvVec3 endPoint;  // host units
+    OvVec3 origin;   // host units
+    OvVec3 endPoint; // host units
     OvQuat orientation;
     short rotAxisCount = 0;
     short rotAxes[3] = {0, 1, 2};

@@ -1,0 +1,119 @@
+#pragma once
+// What one read of a Poser file starts afresh: where the parser is, the objects the current lines
+// talk about, the records the import makes and the facts about the file being read. `read` resets
+// all of it by assignment; what lasts from one read to the next (the geometry cache, the deformer
+// channels, the last figure geometry's name) stays on the importer.
+
+#include "LocatedDirList.h"
+#include "scene/SceneItems.h"
+#include <OvTypes.h>
+#include <QList>
+#include <QString>
+#include <memory>
+#include <vector>
+
+struct Pz3InputFile;
+class OvNode;
+class OvProperty;
+class OvMaterial;
+class OvLight;
+class OvBasicCamera;
+
+// Kinds of Poser file, told apart by the extension.
+enum class Pz3FileKind : int {
+    Scene = 0,     // pz3, pzz
+    Figure = 1,    // cr2, crz
+    Prop = 2,      // pp2, ppz
+    Hair = 3,      // hr2, hrz
+    Pose = 4,      // pz2, p2z
+    LightSet = 5,  // lt2, ltz
+    CameraSet = 6, // cm2, cmz
+    FacePose = 7,  // fc2, fcz
+    HandPose = 8,  // hd2, hdz
+    Other = 9,     // any other extension
+};
+
+// The hand a hand pose is applied to, or the hand it was written for.
+enum class Pz3HandSide : int { Right = 0, Left = 1, NotHandPose = 2 };
+
+// A node to turn into a subdivision surface once the import is complete.
+struct OvPz3SubDNode {
+    OvNode *node = nullptr;
+    int level = 0;
+};
+
+struct Pz3ReadState {
+    // The section the parser is in.
+    enum ParseMode : int {
+        ModeFile = 0,
+        ModeFigure = 1,
+        ModeObject = 2,
+        ModeChannels = 3,
+        ModeChannel = 4,
+        ModeKeys = 5,
+        ModeMaterial = 6,
+        ModeMovieInfo = 7,
+        ModeDoc = 8,
+        ModeVersion = 9,
+        ModeIgnore = 10,
+        ModeTargetGeom = 11,
+        ModeDeltas = 12,
+        ModeJointParm = 13,
+        ModeAltGeom = 14,
+        ModeInkyChain = 15,
+        ModeParmChannel = 16,
+        ModeGroups = 17,
+        ModeGroupNode = 18,
+        ModeCount
+    };
+
+    // ---- the file being read ----
+    Pz3FileKind m_fileType = Pz3FileKind::Other;
+    QString m_fileName;              // short name, shown in messages
+    QString m_filePath;              // its folder; then the folder of the last file the user located
+    QString m_figureBaseName;        // a figure file's base name, until the first skeleton takes it as label
+    bool m_applyToSelection = false; // the file changes the selection instead of making objects
+    int m_startFrame = 0;            // frame a pose is applied at
+    Pz3HandSide m_handSide = Pz3HandSide::NotHandPose;
+    float m_version = 4.0f;
+
+    // ---- input and sections ----
+    // Owned, as is every file on the stack: the outer files that a readScript suspended.
+    Pz3InputFile *m_file = nullptr;
+    OvTStack<Pz3InputFile *> m_fileStack{32};
+    ParseMode m_parseMode = ModeFile;
+    OvTArray<ParseMode> m_modeStack{8}; // one entry per open section, the file level at the bottom
+
+    // ---- what the current lines talk about ----
+    OvNode *m_curFigure = nullptr;
+    OvNode *m_curNode = nullptr; // null while a section is skipped
+    OvProperty *m_curProperty = nullptr;
+    OvMaterial *m_material = nullptr;
+    OvPz3GeomItem *m_curGeom = nullptr; // geometry of the last figureResFile or alternate objFile
+    QString m_curBinMorphFile;          // resolved path of the last morphBinaryFile
+    QString m_altGeomName;              // labels the shape of the next alternate objFile
+    int m_curChannelType = 0;
+    int m_colorComponent = 0;
+    bool m_isColorChannel = false;
+    int m_figureVertexCount = 0;
+
+    // ---- records of this import ----
+    OvTArray<OvPz3SceneItem> m_sceneItems{8};
+    std::vector<std::unique_ptr<OvPz3NodeItem>> m_nodeItems; // entries never move
+    OvTArray<OvPz3SubDNode> m_subDNodes{8};
+    QList<OvLight *> m_lights;
+    QList<OvBasicCamera *> m_cameras;
+    LocatedDirList m_locatedDirs;
+    bool m_askForFiles = true;
+
+    // ---- flags ----
+    int m_limitsAnswer = 0;
+    bool m_foundOnFollowTarget = false;
+    bool m_jointParmsSeen = false;
+    bool m_ignoreKeys = false;
+    bool m_keyPending = false;
+    int m_lastFrame = 0;
+    int m_movieCurrentTime = -1;
+    int m_movieLoopStart = -1;
+    int m_movieLoopEnd = -1;
+};

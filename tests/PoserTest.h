@@ -1,0 +1,41 @@
+#pragma once
+// Base of the Poser suites: files written to the temporary folder and read through one importer,
+// the folder's "content" subfolder as the Poser content folder, and short ways into the scene.
+
+#include "ImportTest.h"
+
+#include <OvApp.h>
+#include <OvScene.h>
+#include <OvShape.h>
+#include <OvSkeleton.h>
+#include <poser/OvPZ3Importer.h>
+
+class PoserTest : public ImportTest {
+protected:
+    void SetUp() override {
+        ImportTest::SetUp();
+        OvApp::getContentMgr()->addPoserDirectory(dir.filePath("content"));
+    }
+    // Writes `text` as `name` (under the temporary folder) and reads it; `path` is the file read.
+    unsigned read(const QString &name, const QByteArray &text) {
+        path = file(name, text);
+        return importer.read(path, OvFileIOSettings());
+    }
+    // True when the read succeeded (result 0).
+    bool readOk(const QString &name, const QByteArray &text) { return read(name, text) == 0; }
+    // Writes content/Runtime/Geometries/`name`, named in files as :Runtime:Geometries:`name`.
+    QString geometry(const QString &name, const QByteArray &text) {
+        return file("content/Runtime/Geometries/" + name, text);
+    }
+    static OvScene *scene() { return OvApp::getScene(); }
+    static OvNode *labelled(const QString &label) { return scene()->findNodeByLabel(label); }
+    static OvSkeleton *skeleton(const QString &label) { return qobject_cast<OvSkeleton *>(labelled(label)); }
+    // The last shape of the node's object (the one added last), or null.
+    static OvShape *lastShape(const OvNode *node) {
+        const OvObject *object = node ? node->getObject() : nullptr;
+        return object && object->getNumShapes() > 0 ? object->getShape(object->getNumShapes() - 1) : nullptr;
+    }
+
+    QString path;
+    OvPZ3Importer importer;
+};
