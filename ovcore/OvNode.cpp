@@ -23,7 +23,34 @@ OvQuat quatFromEuler(OvRotationOrder order, const OvVec3 &angles) {
 
 // ---- OvElement ----
 
-OvElement::~OvElement() = default;
+namespace {
+
+// Never destroyed: elements owned by other statics (the host's scene) may outlive it otherwise.
+QMultiHash<QString, OvElement *> &labelIndex() {
+    static auto *index = new QMultiHash<QString, OvElement *>;
+    return *index;
+}
+
+} // namespace
+
+OvElement::~OvElement() {
+    if (!m_label.isEmpty())
+        labelIndex().remove(m_label, this);
+}
+
+void OvElement::setLabel(const QString &label) {
+    if (label == m_label)
+        return;
+    if (!m_label.isEmpty())
+        labelIndex().remove(m_label, this);
+    m_label = label;
+    if (!m_label.isEmpty())
+        labelIndex().insert(m_label, this);
+}
+
+QList<OvElement *> OvElement::elementsLabelled(const QString &label) {
+    return labelIndex().values(label);
+}
 
 OvElementData *OvElement::findDataItem(const QString &name) const {
     for (const auto &d : m_dataItems)

@@ -26,7 +26,9 @@ public:
     const QString &getName() const { return m_name; }
     void setName(const QString &name) { m_name = name; }
     const QString &getLabel() const { return m_label; }
-    void setLabel(const QString &label) { m_label = label; }
+    void setLabel(const QString &label);
+    // Every live element with this label (any order), so that label lookups need not walk a scene.
+    static QList<OvElement *> elementsLabelled(const QString &label);
 
     OvElementData *findDataItem(const QString &name) const;
     // Takes ownership.

@@ -9,17 +9,31 @@ OvScene::~OvScene() {
         delete n;
 }
 
+void OvScene::compact() const {
+    if (m_holes == 0)
+        return;
+    m_nodes.erase(std::remove(m_nodes.begin(), m_nodes.end(), nullptr), m_nodes.end());
+    m_holes = 0;
+    auto &position = const_cast<QHash<const OvNode *, size_t> &>(m_position);
+    for (size_t i = 0; i < m_nodes.size(); ++i)
+        position[m_nodes[i]] = i;
+}
+
 void OvScene::addNode(OvNode *node) {
-    if (node && std::find(m_nodes.begin(), m_nodes.end(), node) == m_nodes.end())
-        m_nodes.push_back(node);
+    if (!node || m_position.contains(node))
+        return;
+    m_position.insert(node, m_nodes.size());
+    m_nodes.push_back(node);
 }
 
 bool OvScene::removeNode(OvNode *node) {
     if (m_selection && node && (m_selection == node || node->isAncestorOf(m_selection)))
         m_selection = nullptr;
-    auto it = std::find(m_nodes.begin(), m_nodes.end(), node);
-    if (it != m_nodes.end()) {
-        m_nodes.erase(it);
+    auto it = m_position.find(node);
+    if (it != m_position.end()) {
+        m_nodes[*it] = nullptr;
+        ++m_holes;
+        m_position.erase(it);
         return true;
     }
     if (node && node->getNodeParent() && contains(node))
@@ -38,13 +52,25 @@ template <class F> static OvNode *findDepthFirst(OvNode *root, F &&match) {
 }
 
 OvNode *OvScene::findNodeByLabel(const QString &label) const {
+    OvNode *only = nullptr;
+    int found = 0;
+    for (OvElement *e : OvElement::elementsLabelled(label))
+        if (auto *node = qobject_cast<OvNode *>(e); node && contains(node)) {
+            only = node;
+            ++found;
+        }
+    if (found < 2)
+        return only;
+    // Several nodes share the label: the first depth first, as a walk of the scene finds it.
+    compact();
     for (OvNode *n : m_nodes)
-        if (OvNode *found = findDepthFirst(n, [&](OvNode *x) { return x->getLabel() == label; }))
-            return found;
+        if (OvNode *first = findDepthFirst(n, [&](OvNode *x) { return x->getLabel() == label; }))
+            return first;
     return nullptr;
 }
 
 OvBasicCamera *OvScene::findCamera(const QString &name) const {
+    compact();
     for (OvNode *n : m_nodes)
         if (OvNode *found = findDepthFirst(
                 n, [&](OvNode *x) { return x->getName() == name && x->inherits("OvBasicCamera"); }))
@@ -58,7 +84,7 @@ bool OvScene::contains(const OvNode *node) const {
     const OvNode *top = node;
     while (top->getNodeParent())
         top = top->getNodeParent();
-    return std::find(m_nodes.begin(), m_nodes.end(), top) != m_nodes.end();
+    return m_position.contains(top);
 }
 
 // Removes and deletes the nodes of a class below `top` (not `top` itself), with what is below them.
@@ -85,19 +111,23 @@ static int removeFromChildren(OvNode *top, const char *className, OvNode *&selec
 }
 
 int OvScene::removeNodesOfClass(const char *className) {
+    compact();
     int removed = 0;
     for (size_t i = m_nodes.size(); i-- > 0;) {
         OvNode *node = m_nodes[i];
         if (node->inherits(className)) {
             if (m_selection && (m_selection == node || node->isAncestorOf(m_selection)))
                 m_selection = nullptr;
-            m_nodes.erase(m_nodes.begin() + long(i));
+            m_nodes[i] = nullptr;
+            ++m_holes;
+            m_position.remove(node);
             delete node;
             ++removed;
         } else {
             removed += removeFromChildren(node, className, m_selection);
         }
     }
+    compact();
     return removed;
 }
 

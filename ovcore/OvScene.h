@@ -2,6 +2,7 @@
 // The host scene: top-level nodes (owned), time and ranges.
 
 #include "OvMath.h"
+#include <QHash>
 #include <QStringList>
 #include <vector>
 
@@ -21,10 +22,17 @@ public:
     void addNode(OvNode *node);
     // Gives up ownership of a top-level node.
     bool removeNode(OvNode *node);
-    int getNumNodes() const { return int(m_nodes.size()); }
-    OvNode *getNode(int i) const { return m_nodes[size_t(i)]; }
+    int getNumNodes() const {
+        compact();
+        return int(m_nodes.size());
+    }
+    OvNode *getNode(int i) const {
+        compact();
+        return m_nodes[size_t(i)];
+    }
 
-    // The first node (depth first) with this label, or null.
+    // The first node (depth first) with this label, or null.  Found through the label index, not by
+    // walking the scene, unless several nodes share the label.
     OvNode *findNodeByLabel(const QString &label) const;
     // The camera with this object name, or null.
     OvBasicCamera *findCamera(const QString &name) const;
@@ -54,7 +62,12 @@ public:
     void setPlayRange(const OvTimeRange &r) { m_playRange = r; }
 
 private:
-    std::vector<OvNode *> m_nodes;
+    // Top-level nodes in order; a removed one leaves a hole (null) until the list is next read, so
+    // that removing many nodes one by one does not move the rest each time.
+    void compact() const;
+    mutable std::vector<OvNode *> m_nodes;
+    mutable size_t m_holes = 0;
+    QHash<const OvNode *, size_t> m_position; // where each top-level node is in m_nodes
     QStringList m_undoSteps;
     OvNode *m_selection = nullptr;
     int m_time = 0;

@@ -60,7 +60,7 @@ public:
     // ---- node registry ----
     // Cuts a ":N" figure-number suffix off `name` and returns N; -1 (name unchanged) without one.
     static int stripFigureNumber(QString &name);
-    QString makeUniqueLabel(const QString &base) const;
+    QString makeUniqueLabel(const QString &base);
     OvNode *getSkeleton(int figureNumber, bool create);
     OvSkeleton *getSelectedSkeleton();
     OvNode *getPropNode(const QString &name, int kind);
@@ -202,6 +202,8 @@ protected:
     void attachToMagnet(char **argv, int argc, bool base);
     // Drops every record of a node that is about to be deleted.
     void forgetNode(OvNode *node);
+    // Appends to m_sceneItems and its index (every append goes through here).
+    void addSceneItem(const OvPz3SceneItem &item);
 
     // ---- keyword handlers: geometry ----
     bool geomCustom(char **argv, int argc);

@@ -5,6 +5,7 @@
 // channels, the last figure geometry's name) stays on the importer.
 
 #include "LocatedDirList.h"
+#include "scene/SceneItemIndex.h"
 #include "scene/SceneItems.h"
 #include <OvTypes.h>
 #include <QList>
@@ -99,7 +100,10 @@ struct Pz3ReadState {
 
     // ---- records of this import ----
     OvTArray<OvPz3SceneItem> m_sceneItems{8};
+    Pz3SceneItemIndex m_itemIndex;                           // kept in step with m_sceneItems by the registry
     std::vector<std::unique_ptr<OvPz3NodeItem>> m_nodeItems; // entries never move
+    QHash<const OvNode *, OvPz3NodeItem *> m_nodeItemOf;
+    QHash<QString, int> m_labelCounters; // next counter makeUniqueLabel tries for a base label
     OvTArray<OvPz3SubDNode> m_subDNodes{8};
     QList<OvLight *> m_lights;
     QList<OvBasicCamera *> m_cameras;

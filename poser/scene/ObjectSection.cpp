@@ -258,9 +258,8 @@ bool OvPZ3Importer::reparent(const QString &name) {
         }
     }
     if (!parent && shortName != QLatin1String("UNIVERSE"))
-        for (int i = m_sceneItems.size() - 1; !parent && i >= 0; --i)
-            if (itemKey(m_sceneItems[i]) == shortName)
-                parent = m_sceneItems[i].node;
+        if (const int i = m_itemIndex.lastWithKey(m_sceneItems, shortName); i >= 0)
+            parent = m_sceneItems[i].node;
 
     // moveUnder refuses a parent at or below the node, which also keeps a figure from hanging
     // under one of its own bones.
@@ -277,10 +276,8 @@ void OvPZ3Importer::recordSmartParent(const QString &name) {
     stripFigureNumber(shortName);
 
     auto propNamed = [this](const QString &n) -> OvNode * {
-        for (int i = 0; i < m_sceneItems.size(); ++i)
-            if (!m_sceneItems[i].isFigure && m_sceneItems[i].name == n)
-                return m_sceneItems[i].node;
-        return nullptr;
+        const int i = m_itemIndex.firstPropNamed(n);
+        return i < 0 ? nullptr : m_sceneItems[i].node;
     };
 
     OvNode *found = propNamed(shortName);

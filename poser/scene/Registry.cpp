@@ -59,44 +59,51 @@ int OvPZ3Importer::stripFigureNumber(QString &name) {
     return ok ? number : 0;
 }
 
-QString OvPZ3Importer::makeUniqueLabel(const QString &base) const {
+// Counters go on from the last one this import handed out for the base, so that 10,000 figures of
+// one geometry do not each try every label taken before them.
+QString OvPZ3Importer::makeUniqueLabel(const QString &base) {
     OvScene *scene = OvApp::getScene();
     QString label = base;
-    for (int counter = 2;; ++counter) {
+    int counter = 2;
+    for (;;) {
         OvNode *clash = scene->findNodeByLabel(label);
         if (!clash || isDeformer(clash))
-            return label;
-        label = QStringLiteral("%1 (%2)").arg(base).arg(counter);
+            break;
+        if (counter == 2)
+            counter = qMax(counter, m_labelCounters.value(base, 2));
+        label = QStringLiteral("%1 (%2)").arg(base).arg(counter++);
     }
+    if (counter > 2)
+        m_labelCounters.insert(base, counter);
+    return label;
+}
+
+void OvPZ3Importer::addSceneItem(const OvPz3SceneItem &item) {
+    m_sceneItems.append(item);
+    m_itemIndex.add(m_sceneItems, m_sceneItems.size() - 1);
 }
 
 // ---- scene items ----
 
 OvPz3SceneItem *OvPZ3Importer::findSceneItem(const OvNode *node) {
-    for (int i = 0; i < m_sceneItems.size(); ++i)
-        if (m_sceneItems[i].node == node)
-            return &m_sceneItems[i];
-    return nullptr;
+    const int i = m_itemIndex.firstOfNode(node);
+    return i < 0 ? nullptr : &m_sceneItems[i];
 }
 
 OvPz3SceneItem *OvPZ3Importer::findSceneItemByName(const QString &name) {
-    for (int i = 0; i < m_sceneItems.size(); ++i)
-        if (m_sceneItems[i].name == name)
-            return &m_sceneItems[i];
-    return nullptr;
+    const int i = m_itemIndex.firstNamed(name);
+    return i < 0 ? nullptr : &m_sceneItems[i];
 }
 
 OvPz3NodeItem *OvPZ3Importer::findNodeItem(const OvNode *node) const {
-    for (const auto &item : m_nodeItems)
-        if (item->node == node)
-            return item.get();
-    return nullptr;
+    return m_nodeItemOf.value(node);
 }
 
 OvPz3NodeItem *OvPZ3Importer::getNodeItem(OvNode *node) {
     if (OvPz3NodeItem *item = findNodeItem(node))
         return item;
     m_nodeItems.emplace_back(new OvPz3NodeItem(node));
+    m_nodeItemOf.insert(node, m_nodeItems.back().get());
     return m_nodeItems.back().get();
 }
 
@@ -104,6 +111,8 @@ void OvPZ3Importer::forgetNode(OvNode *node) {
     for (int i = m_sceneItems.size() - 1; i >= 0; --i)
         if (m_sceneItems[i].node == node)
             m_sceneItems.removeAt(i);
+    m_itemIndex.rebuild(m_sceneItems);
+    m_nodeItemOf.remove(node);
     for (size_t i = m_nodeItems.size(); i-- > 0;) {
         if (m_nodeItems[i]->node == node)
             m_nodeItems.erase(m_nodeItems.begin() + long(i));
@@ -135,9 +144,8 @@ void OvPZ3Importer::forgetNode(OvNode *node) {
 // ---- figures ----
 
 OvNode *OvPZ3Importer::getSkeleton(int figureNumber, bool create) {
-    for (int i = 0; i < m_sceneItems.size(); ++i)
-        if (m_sceneItems[i].isFigure && m_sceneItems[i].figureNumber == figureNumber)
-            return m_sceneItems[i].node;
+    if (const int i = m_itemIndex.firstFigure(figureNumber); i >= 0)
+        return m_sceneItems[i].node;
     if (!create || m_applyToSelection)
         return nullptr;
     auto *skeleton = make<OvSkeleton>();
@@ -164,7 +172,7 @@ OvNode *OvPZ3Importer::getSkeleton(int figureNumber, bool create) {
     }
     OvPz3SceneItem item(skeleton, true, true);
     item.figureNumber = figureNumber;
-    m_sceneItems.append(item);
+    addSceneItem(item);
     return skeleton;
 }
 
@@ -174,7 +182,7 @@ OvSkeleton *OvPZ3Importer::getSelectedSkeleton() {
         selection = selection->getSkeleton();
     auto *skeleton = qobject_cast<OvSkeleton *>(selection);
     if (skeleton && !findSceneItem(skeleton))
-        m_sceneItems.append(OvPz3SceneItem(skeleton, true, false));
+        addSceneItem(OvPz3SceneItem(skeleton, true, false));
     return skeleton;
 }
 
@@ -208,13 +216,12 @@ OvNode *OvPZ3Importer::getPropNode(const QString &name, int kind) {
                 return nullptr;
         }
         if (!findSceneItem(result))
-            m_sceneItems.append(OvPz3SceneItem(result, true, false));
+            addSceneItem(OvPz3SceneItem(result, true, false));
         return result;
     }
 
-    for (int i = 0; i < m_sceneItems.size(); ++i)
-        if (!m_sceneItems[i].isFigure && m_sceneItems[i].name == name)
-            return m_sceneItems[i].node;
+    if (const int i = m_itemIndex.firstPropNamed(name); i >= 0)
+        return m_sceneItems[i].node;
     const QString label = makeUniqueLabel(name);
     OvNode *node = nullptr;
     switch (kind) {
@@ -236,7 +243,7 @@ OvNode *OvPZ3Importer::getPropNode(const QString &name, int kind) {
     OvApp::getScene()->addNode(node);
     OvPz3SceneItem item(node, false, true);
     item.name = name;
-    m_sceneItems.append(item);
+    addSceneItem(item);
     return node;
 }
 

@@ -19,7 +19,9 @@ QString itemKey(const OvPz3SceneItem &item) {
 }
 
 bool moveUnder(OvNode *parent, OvNode *child) {
-    if (!parent || !child || parent == child || child->isAncestorOf(parent))
+    // A child without children cannot be above the parent: no walk up a long chain for it.
+    if (!parent || !child || parent == child ||
+        (child->getNumNodeChildren() > 0 && child->isAncestorOf(parent)))
         return false;
     if (child->getNodeParent() == parent)
         return true;

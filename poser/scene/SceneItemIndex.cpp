@@ -1,0 +1,30 @@
+#include "SceneItemIndex.h"
+
+void Pz3SceneItemIndex::add(const OvTArray<OvPz3SceneItem> &items, int position) {
+    const OvPz3SceneItem &item = items[position];
+    m_byNode.insert(item.node, m_byNode.value(item.node, position));
+    if (!m_byName.contains(item.name))
+        m_byName.insert(item.name, position);
+    if (!item.isFigure && !m_propByName.contains(item.name))
+        m_propByName.insert(item.name, position);
+    if (item.isFigure && !m_figureByNumber.contains(item.figureNumber))
+        m_figureByNumber.insert(item.figureNumber, position);
+    if (!item.name.isEmpty() || !item.node)
+        m_lastNamed.insert(item.name, position);
+    else
+        m_unnamed.push_back(position);
+}
+
+void Pz3SceneItemIndex::rebuild(const OvTArray<OvPz3SceneItem> &items) {
+    *this = Pz3SceneItemIndex();
+    for (int i = 0; i < items.size(); ++i)
+        add(items, i);
+}
+
+int Pz3SceneItemIndex::lastWithKey(const OvTArray<OvPz3SceneItem> &items, const QString &key) const {
+    const int named = m_lastNamed.value(key, -1);
+    for (auto it = m_unnamed.rbegin(); it != m_unnamed.rend() && *it > named; ++it)
+        if (items[*it].node->getLabel() == key)
+            return *it;
+    return named;
+}
