@@ -138,6 +138,19 @@ bool OvPZ3Importer::readScript(const QString &name) {
         reportError(tr("%1 includes itself through readScript; it is not read again").arg(found));
         return true;
     }
+    // Each file is read once per import: fan-out (every level including the next twice) would
+    // otherwise grow exponentially; repeated reads would only add the same objects again.
+    if (m_includesRead.contains(canonical)) {
+        reportInfo(tr("%1 was already read in this import; it is not read again").arg(found));
+        return true;
+    }
+    if (m_includesRead.size() >= MaxIncludes || m_includeBytes > MaxIncludeBytes) {
+        reportError(tr("Too many included files in this import (more than %1 files or %2 MB); %3 is not read")
+                        .arg(MaxIncludes)
+                        .arg(MaxIncludeBytes >> 20)
+                        .arg(found));
+        return true;
+    }
     if (m_fileStack.count() >= MaxIncludeDepth) {
         reportError(tr("Too many nested readScript files (more than %1); %2 is not read")
                         .arg(MaxIncludeDepth)
@@ -154,6 +167,8 @@ bool OvPZ3Importer::readScript(const QString &name) {
         return true;
     }
     file->m_canonicalPath = canonical;
+    m_includesRead.insert(canonical);
+    m_includeBytes += QFileInfo(found).size();
     m_fileStack.push(m_file);
     m_file = file;
     return true;

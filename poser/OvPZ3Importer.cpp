@@ -119,5 +119,8 @@ unsigned int OvPZ3Importer::read(const QString &fileName, const OvFileIOSettings
 
     if (hold)
         hold->accept(QStringLiteral("\"%1\"").arg(OvFileIO::getShortFileName(fileName)));
+    // A file that could not be read to its end fails the import; what was read stays in the scene.
+    if (m_inputDamaged)
+        return ResultCannotOpen;
     return carryOn ? ResultOk : ResultStopped;
 }

@@ -30,6 +30,11 @@ public:
 
     // Nested includes deeper than this are refused (each open file holds a read buffer).
     static constexpr int MaxIncludeDepth = 32;
+    // Bounds of one import, far beyond real content: included files (each read once) and their
+    // bytes, and sections open at once.
+    static constexpr int MaxIncludes = 10000;
+    static constexpr qint64 MaxIncludeBytes = qint64(16) << 30;
+    static constexpr int MaxSectionDepth = 1000;
 
     OvFileIOFrame *getOptionsFrame() override { return nullptr; }
     void getDefaultOptions(OvFileIOSettings *) override {}
@@ -139,7 +144,7 @@ protected:
     bool preparePoseTarget(unsigned int &result);
     bool runLineLoop(char **argv);
     bool handleLine(char **argv, int argc);
-    void openSection();
+    bool openSection();
     void closeSection();
     void closeSectionStep();
     bool atEndOfInput();

@@ -103,8 +103,7 @@ bool OvPZ3Importer::handleLine(char **argv, int argc) {
     case '*':
         return true;
     case '{':
-        openSection();
-        return true;
+        return openSection();
     case '}':
         closeSection();
         return true;
@@ -126,9 +125,15 @@ bool OvPZ3Importer::handleLine(char **argv, int argc) {
     return handler ? (this->*handler)(argv, argc) : true;
 }
 
-void OvPZ3Importer::openSection() {
+bool OvPZ3Importer::openSection() {
+    if (m_modeStack.size() > MaxSectionDepth) {
+        reportError(tr("Sections are nested more than %1 deep; the rest of the file is not read")
+                        .arg(MaxSectionDepth));
+        return false;
+    }
     ++m_file->m_braceDepth;
     m_modeStack.append(m_parseMode);
+    return true;
 }
 
 void OvPZ3Importer::closeSection() {
@@ -191,12 +196,20 @@ void OvPZ3Importer::closeSectionStep() {
 void OvPZ3Importer::closeCurrentFile() {
     if (!m_file)
         return;
-    if (m_file->hasError())
+    if (m_file->hasError()) {
         reportError(tr("Could not read the rest of %1: %2").arg(m_file->name(), m_file->errorString()));
+        m_inputDamaged = true;
+    }
     if (m_file->truncatedLines() > 0)
-        reportInfo(tr("%1 line(s) longer than %2 MB were cut")
+        reportInfo(tr("%1 line(s) longer than %2 MB were cut, the first on line %3")
                        .arg(m_file->truncatedLines())
-                       .arg(OvTextInputFile::MaxLineLength >> 20));
+                       .arg(OvTextInputFile::MaxLineLength >> 20)
+                       .arg(m_file->firstTruncatedLine()));
+    if (m_file->tokenCutLines() > 0)
+        reportInfo(tr("%1 line(s) with more than %2 words lost the rest, the first on line %3")
+                       .arg(m_file->tokenCutLines())
+                       .arg(OvTextInputFile::MaxTokens)
+                       .arg(m_file->firstTokenCutLine()));
     m_file->close();
     delete m_file;
     m_file = nullptr;

@@ -9,6 +9,7 @@
 #include "scene/SceneItems.h"
 #include <OvTypes.h>
 #include <QList>
+#include <QSet>
 #include <QString>
 #include <memory>
 #include <vector>
@@ -104,6 +105,9 @@ struct Pz3ReadState {
     std::vector<std::unique_ptr<OvPz3NodeItem>> m_nodeItems; // entries never move
     QHash<const OvNode *, OvPz3NodeItem *> m_nodeItemOf;
     QHash<QString, int> m_labelCounters; // next counter makeUniqueLabel tries for a base label
+    QSet<QString> m_includesRead;        // canonical paths of the files this import read
+    qint64 m_includeBytes = 0;
+    bool m_inputDamaged = false; // a file could not be read to its end
     OvTArray<OvPz3SubDNode> m_subDNodes{8};
     QList<OvLight *> m_lights;
     QList<OvBasicCamera *> m_cameras;

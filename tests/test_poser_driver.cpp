@@ -46,9 +46,10 @@ TEST_F(PoserDriver, FilesThatCannotBeReadReturn0x200OrReportTheDamage) {
         big += "version\n{\nnumber 7\n}\n";
     QByteArray gz = gzipBytes(big);
     gz.chop(gz.size() / 3);
-    EXPECT_TRUE(readOk("cut.crz", gz));
+    EXPECT_EQ(read("cut.crz", gz), 0x200u) << "a damaged file fails the import";
     EXPECT_EQ(importer.version(), 7.0f) << "what could be read was read";
-    EXPECT_TRUE(logText().startsWith("error: \"" + dir.path() + "\" is a folder: it is not read\nerror: Could not read the "
+    EXPECT_TRUE(logText().startsWith("error: \"" + dir.path() +
+                                     "\" is a folder: it is not read\nerror: Could not read the "
                                      "rest of " +
                                      path))
         << qPrintable(logText());
@@ -101,11 +102,15 @@ TEST_F(PoserDriver, IncludeCyclesAndDeepChainsAreRefusedAndTheImportGoesOn) {
         "t.pz3", "readScript /self.pz2\nreadScript /a.pz2\nreadScript /twice.pz2\nreadScript /twice.pz2\n"));
     const QString cycle =
         "error: %1 includes itself through readScript; it is not read again on line 1 in %2";
-    EXPECT_EQ(logText(), cycle.arg(self, self) + "\n" + cycle.arg(a, b));
-    // The self-including file is read once; the same file twice in a row is no cycle.
+    EXPECT_EQ(logText(),
+              cycle.arg(self, self) + "\n" + cycle.arg(a, b) +
+                  QStringLiteral("\ninfo: %1 was already read in this import; it is not read again on "
+                                 "line 4 in %2")
+                      .arg(dir.filePath("content/twice.pz2"), dir.filePath("t.pz3")));
+    // Every file is read once per import, the self-including one and one named twice alike.
     EXPECT_EQ(std::make_pair(labelled("fromSelf")->getObject()->getNumShapes(),
                              labelled("twice")->getObject()->getNumShapes()),
-              std::make_pair(1, 2));
+              std::make_pair(1, 1));
 
     OvApp::clearLog();
     const int depth = OvPZ3Importer::MaxIncludeDepth + 8;
@@ -117,6 +122,17 @@ TEST_F(PoserDriver, IncludeCyclesAndDeepChainsAreRefusedAndTheImportGoesOn) {
     EXPECT_FALSE(labelled("deepest")) << "the end of the chain is never reached";
     EXPECT_TRUE(OvApp::log().size() == 1 && logText().startsWith("error: Too many nested readScript files"))
         << qPrintable(logText());
+
+    // Braces nested far beyond any real file stop the import instead of growing the section stack.
+    OvApp::clearLog();
+    EXPECT_EQ(
+        read("braces.pz3", QByteArray("{\n").repeated(OvPZ3Importer::MaxSectionDepth + 500) + "prop late\n"),
+        0x62u);
+    EXPECT_EQ(logText(),
+              QStringLiteral("error: Sections are nested more than 1000 deep; the rest of the file is not "
+                             "read on line 1001 in %1")
+                  .arg(dir.filePath("braces.pz3")));
+    EXPECT_FALSE(labelled("late"));
 }
 
 // Keyword lines without their arguments, through every keyword table: the exact message, and
