@@ -2,8 +2,8 @@
 // extensions; compressed kinds are gzipped), the rest is the file. A fixed content folder holds a
 // figure geometry, an include and a compressed include, and the input itself is also reachable as
 // an include, so readScript cycles and geometry loading are exercised too. Every resulting scene
-// must pass the scene invariants.
-#include "support/SceneInvariants.h"
+// must pass the scene invariants and dump.
+#include "FuzzSupport.h"
 #include "support/TestSupport.h"
 
 #include <OvApp.h>
@@ -52,16 +52,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     OvApp::getContentMgr()->addPoserDirectory(g_dir->path());
     {
         OvPZ3Importer importer;
+        unsigned result = 0;
         try {
-            importer.read(g_dir->filePath("in." + ext), OvFileIOSettings());
+            result = importer.read(g_dir->filePath("in." + ext), OvFileIOSettings());
         } catch (const QString &) {
             // Out of memory is the only thing read may throw; the fuzzer's memory limit is lower.
         }
-        const QStringList problems = checkSceneInvariants(*OvApp::getScene());
-        if (!problems.isEmpty()) {
-            std::fprintf(stderr, "scene invariants broken:\n%s\n", qPrintable(problems.join('\n')));
-            std::abort();
-        }
+        checkImportedScene("fuzz_poser", result);
     }
     OvApp::reset();
     return 0;

@@ -5,6 +5,7 @@
 
 #include <OvApp.h>
 #include <OvScene.h>
+#include <OvTextInputFile.h>
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
@@ -30,6 +31,9 @@ const char *const kUsage =
     "  --no-tree            do not print the tree\n"
     "  --list-importers     list the plug-in's importers and exit\n"
     "  --debug              also print the importers' debug traces\n"
+    "  --max-expansion N    stop a compressed file whose text grows past N times its compressed\n"
+    "                       size (default 250; checked from 64 MB of text on)\n"
+    "  --max-text-mb N      stop a compressed file whose text grows past N MB (default 4096)\n"
     "  --help               show this text\n"
     "\n"
     "exit status: 0 when the import succeeded, 1 when it failed, 2 on a usage or plug-in error.\n";
@@ -94,6 +98,17 @@ int main(int argc, char **argv) {
             listOnly = true;
         } else if (a == QLatin1String("--debug")) {
             g_debug = true;
+        } else if (a == QLatin1String("--max-expansion") || a == QLatin1String("--max-text-mb")) {
+            bool ok = false;
+            const double n = next(v) ? v.toDouble(&ok) : 0.0;
+            if (!ok || n < 1)
+                return usageError(QStringLiteral("%1 needs a number of at least 1").arg(a));
+            OvTextInputFile::Limits limits = OvTextInputFile::limits();
+            if (a == QLatin1String("--max-expansion"))
+                limits.maxExpansion = n;
+            else
+                limits.maxTextBytes = qint64(n * 1048576.0);
+            OvTextInputFile::setLimits(limits);
         } else if (a.startsWith(QLatin1String("--"))) {
             return usageError(QStringLiteral("unknown option %1").arg(a));
         } else if (file.isEmpty()) {

@@ -1,0 +1,69 @@
+// libFuzzer target for whole Poser imports whose files the input writes itself: a scene, includes
+// (plain and compressed), figure and prop geometry (plain and a compressed twin) and a material
+// library, all in one content folder. The input is split at '@' (no Poser or OBJ text needs one);
+// the first byte of each part picks the file it becomes (compressed names are gzipped), the rest
+// is its text. The scene
+// is imported with the folder as content folder; the scene must keep its invariants and dump.
+#include "FuzzSupport.h"
+#include "support/TestSupport.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QTemporaryDir>
+#include <poser/OvPZ3Importer.h>
+
+namespace {
+
+const char *const kFiles[] = {
+    "scene.pz3",
+    "Runtime/libraries/props/a.pp2",
+    "Runtime/libraries/props/b.ppz",
+    "Runtime/libraries/pose/c.pz2",
+    "Runtime/libraries/character/fig.cr2",
+    "runtime/libraries/character/Fig2.crz",
+    "Runtime/Geometries/fz/fig.obj",
+    "Runtime/Geometries/fz/twin.obz",
+    "Runtime/Geometries/fz/fig.mtl",
+};
+const int kNumFiles = int(sizeof kFiles / sizeof kFiles[0]);
+
+QTemporaryDir *g_dir = nullptr;
+
+void quiet(QtMsgType, const QMessageLogContext &, const QString &) {}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv) {
+    static QCoreApplication app(*argc, *argv);
+    qInstallMessageHandler(quiet);
+    g_dir = new QTemporaryDir;
+    return g_dir->isValid() ? 0 : 1;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+    const QByteArray input(reinterpret_cast<const char *>(data), int(size));
+    for (const char *name : kFiles)
+        QFile::remove(g_dir->filePath(QLatin1String(name)));
+    for (const QByteArray &part : input.split('@')) {
+        if (part.isEmpty())
+            continue;
+        const QString name = QLatin1String(kFiles[static_cast<unsigned char>(part[0]) % kNumFiles]);
+        const QByteArray text = part.mid(1);
+        writeFile(*g_dir, name, name.endsWith(QLatin1Char('z')) ? gzipBytes(text) : text);
+    }
+
+    OvApp::reset();
+    OvApp::getContentMgr()->addPoserDirectory(g_dir->path());
+    {
+        OvPZ3Importer importer;
+        unsigned result = 0;
+        try {
+            result = importer.read(g_dir->filePath(QLatin1String(kFiles[0])), OvFileIOSettings());
+        } catch (const QString &) {
+            // Out of memory is the only thing read may throw; the fuzzer's memory limit is lower.
+        }
+        checkImportedScene("fuzz_content", result);
+    }
+    OvApp::reset();
+    return 0;
+}
