@@ -5,7 +5,8 @@
 
 Generates every input under BUILD_DIR/bench-inputs/hostile (nothing large is checked in), imports
 each with build/bin/ovimport under a time limit, and prints the wall time, the peak resident memory,
-the exit status and the last line of the import log. Scaling rows import 1x, 4x and 16x as many
+the CPU time (user and system; the steadier figure on a busy machine), the exit status and the last
+line of the import log. Scaling rows import 1x, 4x and 16x as many
 figures, props and lights, so that the time per object can be compared across sizes.
 """
 import gzip
@@ -109,7 +110,7 @@ def run(ovimport, args):
     /usr/bin/time: the rusage of a child forked from this (large) interpreter would count its pages."""
     start = time.monotonic()
     with tempfile.TemporaryFile() as err_file, tempfile.NamedTemporaryFile("r") as peak_file:
-        wrapper = ["/usr/bin/time", "-q", "-f", "%M", "-o", peak_file.name] if os.path.exists("/usr/bin/time") else []
+        wrapper = ["/usr/bin/time", "-q", "-f", "%M %U %S", "-o", peak_file.name] if os.path.exists("/usr/bin/time") else []
         try:
             status = subprocess.run(wrapper + [ovimport, "--no-tree"] + args, stdout=subprocess.DEVNULL,
                                     stderr=err_file, timeout=TIME_LIMIT).returncode
@@ -119,9 +120,11 @@ def run(ovimport, args):
         err_file.seek(0)
         err = err_file.read().decode("utf-8", "replace")
         peak_text = peak_file.read().strip().splitlines()
-    peak = float(peak_text[-1]) / 1024.0 if peak_text and peak_text[-1].isdigit() else float("nan")
+    fields = peak_text[-1].split() if peak_text else []
+    peak = float(fields[0]) / 1024.0 if len(fields) == 3 else float("nan")
+    cpu = float(fields[1]) + float(fields[2]) if len(fields) == 3 else float("nan")
     lines = [l for l in err.splitlines() if l.strip()]
-    return seconds, peak, status, len(lines), (lines[-1] if lines else "")
+    return seconds, cpu, peak, status, len(lines), (lines[-1] if lines else "")
 
 
 def main():
@@ -147,12 +150,12 @@ def main():
         ("face of 300 corners", lambda: [wide_face(folder)]),
         ("UTF-16 OBJ", lambda: [utf16(folder)]),
     ]
-    print(f"{'case':58} {'seconds':>8} {'peak MB':>8} {'exit':>7} {'log':>5}  last log line")
+    print(f"{'case':58} {'wall s':>7} {'cpu s':>6} {'peak MB':>8} {'exit':>7} {'log':>5}  last log line")
     for name, make in cases:
         if only and not any(o in name for o in only):
             continue
-        seconds, peak, status, nlog, last = run(ovimport, make())
-        print(f"{name:58} {seconds:8.2f} {peak:8.1f} {str(status):>7} {nlog:5}  {last[:100]}", flush=True)
+        seconds, cpu, peak, status, nlog, last = run(ovimport, make())
+        print(f"{name:58} {seconds:7.2f} {cpu:6.2f} {peak:8.1f} {str(status):>7} {nlog:5}  {last[:90]}", flush=True)
 
 
 if __name__ == "__main__":

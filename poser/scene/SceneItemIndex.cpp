@@ -12,7 +12,7 @@ void Pz3SceneItemIndex::add(const OvTArray<OvPz3SceneItem> &items, int position)
     if (!item.name.isEmpty() || !item.node)
         m_lastNamed.insert(item.name, position);
     else
-        m_unnamed.push_back(position);
+        m_unnamedByLabel[item.node->getLabel()].push_back(position);
 }
 
 void Pz3SceneItemIndex::rebuild(const OvTArray<OvPz3SceneItem> &items) {
@@ -23,7 +23,11 @@ void Pz3SceneItemIndex::rebuild(const OvTArray<OvPz3SceneItem> &items) {
 
 int Pz3SceneItemIndex::lastWithKey(const OvTArray<OvPz3SceneItem> &items, const QString &key) const {
     const int named = m_lastNamed.value(key, -1);
-    for (auto it = m_unnamed.rbegin(); it != m_unnamed.rend() && *it > named; ++it)
+    const auto unnamed = m_unnamedByLabel.constFind(key);
+    if (unnamed == m_unnamedByLabel.constEnd())
+        return named;
+    // Nodes are labelled before they become items; the check keeps a later relabelling honest.
+    for (auto it = unnamed->rbegin(); it != unnamed->rend() && *it > named; ++it)
         if (items[*it].node->getLabel() == key)
             return *it;
     return named;

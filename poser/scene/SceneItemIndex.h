@@ -28,5 +28,5 @@ private:
     QHash<const OvNode *, int> m_byNode;
     QHash<QString, int> m_byName, m_propByName, m_lastNamed;
     QHash<int, int> m_figureByNumber;
-    std::vector<int> m_unnamed; // items known by their node's label, which may change
+    QHash<QString, std::vector<int>> m_unnamedByLabel; // items known by their node's label
 };
