@@ -209,6 +209,8 @@ protected:
     void forgetNode(OvNode *node);
     // Appends to m_sceneItems and its index (every append goes through here).
     void addSceneItem(const OvPz3SceneItem &item);
+    // After m_lights changed other than by getLight.
+    void reindexLights();
 
     // ---- keyword handlers: geometry ----
     bool geomCustom(char **argv, int argc);

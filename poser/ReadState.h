@@ -110,6 +110,7 @@ struct Pz3ReadState {
     bool m_inputDamaged = false; // a file could not be read to its end
     OvTArray<OvPz3SubDNode> m_subDNodes{8};
     QList<OvLight *> m_lights;
+    QHash<QString, OvLight *> m_lightNamed; // the first of m_lights with that name
     QList<OvBasicCamera *> m_cameras;
     LocatedDirList m_locatedDirs;
     bool m_askForFiles = true;

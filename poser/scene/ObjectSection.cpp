@@ -335,7 +335,9 @@ void OvPZ3Importer::replaceWithSpotLight() {
 
     forgetNode(old);
     delete old;
-    if (place >= 0)
+    if (place >= 0) {
         m_lights.insert(place, spot);
+        reindexLights();
+    }
     m_curNode = spot;
 }

@@ -128,8 +128,10 @@ void OvPZ3Importer::forgetNode(OvNode *node) {
     for (int i = m_subDNodes.size() - 1; i >= 0; --i)
         if (m_subDNodes[i].node == node)
             m_subDNodes.removeAt(i);
-    if (auto *light = qobject_cast<OvLight *>(node))
+    if (auto *light = qobject_cast<OvLight *>(node)) {
         m_lights.removeAll(light);
+        reindexLights();
+    }
     if (auto *camera = qobject_cast<OvBasicCamera *>(node))
         m_cameras.removeAll(camera);
     if (m_curNode == node)
@@ -307,14 +309,21 @@ OvNode *OvPZ3Importer::findNode(const QString &qualifiedName) {
 
 // ---- lights and cameras ----
 
-OvLight *OvPZ3Importer::getLight(const QString &name) {
+void OvPZ3Importer::reindexLights() {
+    m_lightNamed.clear();
     for (OvLight *light : m_lights)
-        if (light->getName() == name)
-            return light;
+        if (!m_lightNamed.contains(light->getName()))
+            m_lightNamed.insert(light->getName(), light);
+}
+
+OvLight *OvPZ3Importer::getLight(const QString &name) {
+    if (OvLight *light = m_lightNamed.value(name))
+        return light;
     auto *light = make<OvDistantLight>();
     light->setName(name);
     OvApp::getScene()->addNode(light);
     m_lights.append(light);
+    m_lightNamed.insert(name, light);
     return light;
 }
 
