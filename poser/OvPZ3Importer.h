@@ -53,6 +53,9 @@ public:
     void reportInfo(const QString &message);
 
     // ---- content file location ----
+    // The one search for a file a Poser file names (geometry, includes, images, sounds): exact
+    // names under every content folder and located folder first, then names that match without
+    // regard to letter case; a clean absolute path. `askUser` lets locateFile ask as a last resort.
     bool findContentFile(const QString &name, QString &foundPath, bool askUser);
     bool locateFile(const QString &name, QString &foundPath, bool isImage);
     bool readScript(const QString &name);
@@ -216,6 +219,8 @@ protected:
 
     // ---- content location helpers ----
     void learnLocation(const QString &name, const QString &selected);
+    QString searchContent(const QString &p, bool folded);
+    void logMissing(const QString &name);
 
     // ---- kept from one read to the next ----
     // Geometry files read (entries never move).

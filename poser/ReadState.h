@@ -4,10 +4,12 @@
 // all of it by assignment; what lasts from one read to the next (the geometry cache, the deformer
 // channels, the last figure geometry's name) stays on the importer.
 
+#include "FolderIndex.h"
 #include "LocatedDirList.h"
 #include "scene/SceneItems.h"
 #include <OvTypes.h>
 #include <QList>
+#include <QSet>
 #include <QString>
 #include <memory>
 #include <vector>
@@ -105,6 +107,8 @@ struct Pz3ReadState {
     QList<OvBasicCamera *> m_cameras;
     LocatedDirList m_locatedDirs;
     bool m_askForFiles = true;
+    FolderIndex m_folderIndex;     // folder listings, made on first need and kept for this read
+    QSet<QString> m_missingLogged; // names already logged as not found
 
     // ---- flags ----
     int m_limitsAnswer = 0;
