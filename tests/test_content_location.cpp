@@ -1,10 +1,13 @@
 // Mapping the paths Poser files name onto content folders, folders the user located, and the
-// Locate question with the host's real dialogs.
+// Locate question with the host's real dialogs; content written on file systems that ignore letter
+// case, and what an import says about the files it could not find.
 #include "PoserTest.h"
 #include "support/DialogAnswerer.h"
 
 #include <OvMainWindow.h>
+#include <OvShape.h>
 #include <memory>
+#include <obj/OvObjImporter.h>
 
 namespace {
 
@@ -27,6 +30,16 @@ protected:
 
     std::unique_ptr<OvMainWindow> window;
 };
+
+const QByteArray kTriangle = "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
+
+// The path a node or shape records for its geometry, or "<none>".
+template <class Element> QString geometrySource(const Element *element) {
+    auto *data = element ? dynamic_cast<const OvGeomSourceFileData *>(
+                               element->findDataItem(QStringLiteral("GeomSourceFileData")))
+                         : nullptr;
+    return data ? data->getSourceFilePath() : QStringLiteral("<none>");
+}
 
 TEST_F(ContentLocation, PathsMapOntoContentFoldersInOrder) {
     OvContentMgr *content = OvApp::getContentMgr();
@@ -96,6 +109,64 @@ TEST_F(ContentLocation, SkipEscapeCancelAndStopAsking) {
     EXPECT_FALSE(importer.askForFiles());
     importer.read(dir.filePath("none.pz3"), OvFileIOSettings());
     EXPECT_TRUE(importer.askForFiles()) << "the next import asks again";
+}
+
+// References and folders that disagree in letter case in every form a Poser file names a file:
+// each is found, an exact name in a later content folder wins over a folded one in an earlier
+// folder, and every record is a clean absolute path however the folders were written.
+TEST_F(ContentLocation, ReferencesFindFilesWhoseNamesDifferInLetterCase) {
+    OvApp::getContentMgr()->addPoserDirectory(dir.path() + "/./second//");
+    const QString exact = file("second/Runtime/Geometries/Doll.obj", kTriangle + "g hip\nf 1 2 3\n");
+    file("content/runtime/geometries/Doll.obj", kTriangle);
+    const QString mapcase = file("content/Runtime/Geometries/mapcase.obj", kTriangle),
+                  ball = file("content/Runtime/Geometries/props/ball.obj", kTriangle),
+                  win = file("content/Runtime/Geometries/win.obj", kTriangle),
+                  alt = file("content/Runtime/Geometries/ALT.obj", kTriangle),
+                  twin = writeGzipFile(dir, "content/Runtime/Geometries/twin.obz", kTriangle);
+    file("content/Runtime/Libraries/Pose/inc.pz2", "prop included\n{\n}\n");
+    const QString scene = file(
+        "mixed.cr2", "readScript :RUNTIME:libraries:pose:INC.pz2\n"
+                     "figureResFile :Runtime:Geometries:Doll.obj\nactor hip:1\n{\n}\n"
+                     "prop mac\n{\nobjFileGeom 0 0 :runtime:geometries:mapcase.obj\n"
+                     "alternateGeom a\n{\nname Alt\nobjFile 1 :RUNTIME:Geometries:alt.obj\n}\n}\n"
+                     "prop windows\n{\nobjFileGeom 0 0 runtime\\GEOMETRIES\\Props\\Ball.obj\n}\n"
+                     "prop drive\n{\nobjFileGeom 0 0 C:\\Program Files\\Poser 6\\RUNTIME\\"
+                     "geometries\\Win.obj\n}\n"
+                     "prop twin\n{\nobjFileGeom 0 0 Macintosh HD:Poser:runtime:Geometries:Twin.obj\n}\n");
+    EXPECT_EQ(importer.read(dir.path() + "/.//mixed.cr2", OvFileIOSettings()), 0u) << qPrintable(logText());
+    EXPECT_EQ(logText(), QString());
+    EXPECT_TRUE(labelled("included"));
+    EXPECT_EQ(geometrySource(skeleton("mixed")), exact);
+    EXPECT_EQ(geometrySource(labelled("mac")), mapcase);
+    EXPECT_EQ(geometrySource(lastShape(labelled("mac"))), alt) << "the alternate geometry";
+    EXPECT_EQ(geometrySource(labelled("windows")), ball);
+    EXPECT_EQ(geometrySource(labelled("drive")), win);
+    EXPECT_EQ(geometrySource(lastShape(labelled("twin"))), twin);
+    auto *source = dynamic_cast<const OvSourceFileData *>(
+        labelled("mac")->findDataItem(QStringLiteral("SourceFileData")));
+    EXPECT_EQ(source ? source->getSourceFilePath() : QString(), scene);
+}
+
+// What could not be found is named in the log, with where it was looked for: a prop's geometry,
+// the figure geometry, a section the file never closes, and an OBJ's material library.
+TEST_F(ContentLocation, WhatCannotBeFoundIsNamedInTheLog) {
+    EXPECT_EQ(read("lost.pz3", "prop box\n{\nobjFileGeom 0 0 :Runtime:Geometries:Ville_base.obj\n"
+                               "prop ball\n{\n}\n"),
+              0u);
+    EXPECT_EQ(read("fig.cr2", "figureResFile :Runtime:Geometries:gone.obj\n"), OvImporter::ResultStopped);
+    OvObjImporter obj;
+    OvShape *shape = nullptr;
+    const QString model = file("model.obj", "mtllib Nowhere.mtl\n" + kTriangle);
+    EXPECT_EQ(obj.readShape(model, &shape, OvFileIOSettings()), 0u);
+    delete shape;
+    const QString looked = " (looked in: " + dir.filePath("content") + "); continuing without it\n";
+    EXPECT_EQ(logText(),
+              "info: Could not find \"/Runtime/Geometries/Ville_base.obj\"" + looked +
+                  "info: 1 sections still open at the end of file on line 6 in " + dir.filePath("lost.pz3") +
+                  "\ninfo: Could not find \"/Runtime/Geometries/gone.obj\"" + looked +
+                  "error: Error loading figureResFile :Runtime:Geometries:gone.obj on line 1 in " + path +
+                  "\ninfo: Could not find material file : Nowhere.mtl (looked in: " + dir.path() +
+                  "); continuing without it");
 }
 
 } // namespace
