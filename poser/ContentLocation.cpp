@@ -98,7 +98,7 @@ void OvPZ3Importer::logMissing(const QString &name) {
     QStringList folders;
     OvContentMgr *content = OvApp::getContentMgr();
     for (int i = 0; i < content->getNumPoserDirectories(); ++i)
-        folders.append(content->getPoserDirectoryPath(i));
+        folders.append(cleanAbsolute(content->getPoserDirectoryPath(i)));
     for (int k = 0; k < m_locatedDirs.dirs.size(); ++k)
         folders.append(m_locatedDirs.dirs[k]);
     OvFileIO::info(

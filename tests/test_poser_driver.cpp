@@ -169,8 +169,8 @@ TEST_F(PoserDriver, MissingArgumentsGiveTheirMessageAndStopOrGoOn) {
     for (const auto &r : rows) {
         OvApp::clearLog();
         // Sections are closed after the line: only the line itself may be reported.
-        const QByteArray before(r.before);
-        const QByteArray text = before + r.line + "\n" + QByteArray("}\n").repeated(before.count('{'));
+        const QByteArray before(r.before),
+            text = before + r.line + "\n" + QByteArray("}\n").repeated(before.count('{'));
         EXPECT_EQ(read("m.pz3", text), r.stops ? 0x62u : 0u) << r.line;
         const QString expected = QString::fromLatin1(r.log).mid(2);
         const QString level = r.log[0] == 'I' ? "info: " : "error: ";
