@@ -6,6 +6,7 @@
 #include "ReadState.h"
 #include <OvImporter.h>
 #include <OvTypes.h>
+#include <QHash>
 #include <QList>
 #include <memory>
 #include <vector>
@@ -225,6 +226,7 @@ protected:
     // ---- kept from one read to the next ----
     // Geometry files read (entries never move).
     std::vector<std::unique_ptr<OvPz3GeomItem>> m_geomItems;
+    QHash<QString, OvPz3GeomItem *> m_geomByPath; // the same entries by resolved path
     std::vector<std::unique_ptr<OvPz3DeformerChannelItem>> m_deformerChannels;
     OvPz3DeformerChannelItem *m_curDeformerChannel = nullptr;
     QString m_figureResName;
