@@ -83,7 +83,10 @@ unsigned int OvObjImporter::readShape(const QString &fileName, OvShape **shape,
             m_mtlLib = dir.absoluteFilePath(m_mtlLib);
             result = readMtl(*shape, m_mtlLib);
         } else {
-            qWarning("%s", qPrintable(QStringLiteral("Could not find material file : %1").arg(m_mtlLib)));
+            // Into the import log too, so a host that shows only the log still tells the user.
+            const QString message = QStringLiteral("Could not find material file : %1").arg(m_mtlLib);
+            qWarning("%s", qPrintable(message));
+            OvFileIO::info(tr("%1 (looked in: %2); continuing without it").arg(message, dir.absolutePath()));
         }
     }
     return result;

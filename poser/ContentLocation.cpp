@@ -7,6 +7,7 @@
 #include <OvApp.h>
 #include <OvMainWindow.h>
 #include <QApplication>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <new>
@@ -20,6 +21,18 @@ QString tailFromLastSlash(const QString &p) {
     return slash > 0 ? p.mid(slash) : p;
 }
 
+// An absolute path from another machine ("/Users/a/Poser/Runtime/...", "Macintosh HD:...:Runtime:...",
+// "C:\Program Files\...\Runtime\...") is content from its runtime folder on, in any letter case.
+QString runtimeTail(const QString &p) {
+    const qsizetype at = p.lastIndexOf(QLatin1String("/runtime/"), -1, Qt::CaseInsensitive);
+    return at > 0 ? p.mid(at) : QString();
+}
+
+// Every path the import records is absolute and clean, however the content folder was written.
+QString cleanAbsolute(const QString &path) {
+    return QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+}
+
 } // namespace
 
 bool OvPZ3Importer::findContentFile(const QString &name, QString &foundPath, bool askUser) {
@@ -28,7 +41,7 @@ bool OvPZ3Importer::findContentFile(const QString &name, QString &foundPath, boo
         // A Windows path: try it as it is, then from its runtime folder (or without the drive).
         p = text::withSlashes(p, text::Backslashes);
         if (QFile::exists(p)) {
-            foundPath = p;
+            foundPath = cleanAbsolute(p);
             return true;
         }
         int runtime = qMax(p.indexOf(QLatin1String("/runtime/")), p.indexOf(QLatin1String(":runtime/")));
@@ -38,34 +51,67 @@ bool OvPZ3Importer::findContentFile(const QString &name, QString &foundPath, boo
         if (!p.startsWith(QLatin1Char('/')))
             p.prepend(QLatin1Char('/'));
     }
-
-    OvContentMgr *content = OvApp::getContentMgr();
-    for (int i = 0; i < content->getNumPoserDirectories(); ++i) {
-        QString candidate = content->getPoserDirectoryPath(i) + p;
-        if (QFile::exists(candidate)) {
-            foundPath = candidate;
-            return true;
-        }
+    // Exact names anywhere win over names that match only without regard to letter case.
+    QString found = searchContent(p, false);
+    if (found.isEmpty())
+        found = searchContent(p, true);
+    if (!found.isEmpty()) {
+        foundPath = cleanAbsolute(found);
+        return true;
     }
-
-    const QString tail = tailFromLastSlash(p);
-    for (int k = 0; k < m_locatedDirs.dirs.size(); ++k) {
-        QString candidate = m_locatedDirs.dirs[k] + (m_locatedDirs.isContentRoot[k] ? p : tail);
-        if (QFile::exists(candidate)) {
-            foundPath = candidate;
-            return true;
-        }
-    }
-
     if (askUser)
         return locateFile(p, foundPath, false);
     return false;
 }
 
+// `p` (a '/' path with a leading '/') under the content folders in order, then under the folders the
+// user located; `folded` matches every name without regard to case or Unicode composition.
+QString OvPZ3Importer::searchContent(const QString &p, bool folded) {
+    auto exists = [&](const QString &root, const QString &relative) {
+        if (folded)
+            return m_folderIndex.resolve(root, relative);
+        return QFile::exists(root + relative) ? root + relative : QString();
+    };
+    QStringList relatives{p};
+    if (const QString tail = runtimeTail(p); !tail.isEmpty())
+        relatives.append(tail);
+    OvContentMgr *content = OvApp::getContentMgr();
+    for (const QString &relative : relatives)
+        for (int i = 0; i < content->getNumPoserDirectories(); ++i)
+            if (QString found = exists(content->getPoserDirectoryPath(i), relative); !found.isEmpty())
+                return found;
+
+    const QString tail = tailFromLastSlash(p);
+    for (int k = 0; k < m_locatedDirs.dirs.size(); ++k)
+        if (QString found = exists(m_locatedDirs.dirs[k], m_locatedDirs.isContentRoot[k] ? p : tail);
+            !found.isEmpty())
+            return found;
+    return QString();
+}
+
+// Without a main window (or after "Stop Asking") nothing is asked, but the log tells what was
+// missing, where it was looked for and what the import does instead; once per name and import.
+void OvPZ3Importer::logMissing(const QString &name) {
+    if (m_missingLogged.contains(name))
+        return;
+    m_missingLogged.insert(name);
+    QStringList folders;
+    OvContentMgr *content = OvApp::getContentMgr();
+    for (int i = 0; i < content->getNumPoserDirectories(); ++i)
+        folders.append(cleanAbsolute(content->getPoserDirectoryPath(i)));
+    for (int k = 0; k < m_locatedDirs.dirs.size(); ++k)
+        folders.append(m_locatedDirs.dirs[k]);
+    OvFileIO::info(
+        tr("Could not find \"%1\" (looked in: %2); continuing without it")
+            .arg(name, folders.isEmpty() ? tr("no content folder") : folders.join(QLatin1String(", "))));
+}
+
 bool OvPZ3Importer::locateFile(const QString &name, QString &foundPath, bool isImage) {
     OvMainWindow *window = OvApp::getInterface();
-    if (!m_askForFiles || !window)
+    if (!m_askForFiles || !window) {
+        logMissing(name);
         return false;
+    }
     const QString text =
         tr("Cannot find a file for \"%1\".\n\nTo avoid seeing this message, make sure that the "
            "Poser content directories are set up correctly")
@@ -95,7 +141,7 @@ bool OvPZ3Importer::locateFile(const QString &name, QString &foundPath, bool isI
             if (slash > 0)
                 m_filePath = selected.left(slash);
             learnLocation(name, selected);
-            foundPath = selected;
+            foundPath = cleanAbsolute(selected);
             found = true;
         }
     }

@@ -17,6 +17,7 @@ const FolderIndex::Listing &FolderIndex::listing(const QString &folder) {
         return *it;
     Listing l;
     QStringList names;
+    ++m_reads;
     if (DIR *d = ::opendir(QFile::encodeName(folder).constData())) {
         while (const dirent *e = ::readdir(d)) {
             const QString name = QFile::decodeName(e->d_name);

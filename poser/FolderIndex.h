@@ -18,8 +18,8 @@ public:
     static constexpr int MaxSteps = 512;
     // Forgets every listing (the folders may have changed).
     void clear() { m_listings.clear(); }
-    // Folders listed so far: each is listed once however many references go through it.
-    int foldersListed() const { return int(m_listings.size()); }
+    // Folder listings read so far: each folder is read once however many references go through it.
+    int foldersListed() const { return m_reads; }
 
     // The key names are compared by.
     static QString folded(const QString &name);
@@ -32,4 +32,5 @@ private:
     const Listing &listing(const QString &folder);
 
     QHash<QString, Listing> m_listings;
+    int m_reads = 0;
 };

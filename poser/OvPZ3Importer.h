@@ -6,6 +6,7 @@
 #include "ReadState.h"
 #include <OvImporter.h>
 #include <OvTypes.h>
+#include <QHash>
 #include <QList>
 #include <memory>
 #include <vector>
@@ -58,6 +59,9 @@ public:
     void reportInfo(const QString &message);
 
     // ---- content file location ----
+    // The one search for a file a Poser file names (geometry, includes, images, sounds): exact
+    // names under every content folder and located folder first, then names that match without
+    // regard to letter case; a clean absolute path. `askUser` lets locateFile ask as a last resort.
     bool findContentFile(const QString &name, QString &foundPath, bool askUser);
     bool locateFile(const QString &name, QString &foundPath, bool isImage);
     bool readScript(const QString &name);
@@ -225,10 +229,13 @@ protected:
 
     // ---- content location helpers ----
     void learnLocation(const QString &name, const QString &selected);
+    QString searchContent(const QString &p, bool folded);
+    void logMissing(const QString &name);
 
     // ---- kept from one read to the next ----
     // Geometry files read (entries never move).
     std::vector<std::unique_ptr<OvPz3GeomItem>> m_geomItems;
+    QHash<QString, OvPz3GeomItem *> m_geomByPath; // the same entries by resolved path
     std::vector<std::unique_ptr<OvPz3DeformerChannelItem>> m_deformerChannels;
     OvPz3DeformerChannelItem *m_curDeformerChannel = nullptr;
     QString m_figureResName;

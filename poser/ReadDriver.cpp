@@ -7,6 +7,8 @@
 #include <OvMaterial.h>
 #include <OvScene.h>
 #include <OvSubDShape.h>
+#include <QDir>
+#include <QFileInfo>
 #include <QtDebug>
 #include <cstring>
 #include <new>
@@ -218,6 +220,9 @@ void OvPZ3Importer::closeCurrentFile() {
 // True once every file is read; an included file that ends resumes the one that included it.
 bool OvPZ3Importer::atEndOfInput() {
     while (m_file->atEnd()) {
+        // A damaged file may end inside sections: said once per file (a file cut short says so).
+        if (m_file->m_braceDepth > 0 && !m_file->hasError())
+            reportInfo(tr("%1 sections still open at the end of file").arg(m_file->m_braceDepth));
         closeCurrentFile();
         if (m_fileStack.isEmpty())
             return true;
@@ -274,9 +279,10 @@ void OvPZ3Importer::convertSubDivisions() {
 }
 
 // Every top-level object this import registered remembers the file it came from.
-void OvPZ3Importer::recordSourceFiles(const QString &fileName) {
+void OvPZ3Importer::recordSourceFiles(const QString &name) {
     if (m_applyToSelection)
         return;
+    const QString fileName = QDir::cleanPath(QFileInfo(name).absoluteFilePath());
     for (int i = 0; i < m_sceneItems.size(); ++i) {
         OvNode *node = m_sceneItems[i].node;
         if (!node)

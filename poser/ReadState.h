@@ -4,6 +4,7 @@
 // all of it by assignment; what lasts from one read to the next (the geometry cache, the deformer
 // channels, the last figure geometry's name) stays on the importer.
 
+#include "FolderIndex.h"
 #include "LocatedDirList.h"
 #include "scene/SceneItemIndex.h"
 #include "scene/SceneItems.h"
@@ -114,6 +115,8 @@ struct Pz3ReadState {
     QList<OvBasicCamera *> m_cameras;
     LocatedDirList m_locatedDirs;
     bool m_askForFiles = true;
+    FolderIndex m_folderIndex;     // folder listings, made on first need and kept for this read
+    QSet<QString> m_missingLogged; // names already logged as not found
 
     // ---- flags ----
     int m_limitsAnswer = 0;

@@ -36,6 +36,14 @@ protected:
         return object && object->getNumShapes() > 0 ? object->getShape(object->getNumShapes() - 1) : nullptr;
     }
 
+    // The geometry source record of a node or a shape; a record of no path when there is none.
+    template <class T> static const OvGeomSourceFileData &source(const T *e) {
+        static const OvGeomSourceFileData none(QStringLiteral("<none>"));
+        auto *data =
+            e ? dynamic_cast<const OvGeomSourceFileData *>(e->findDataItem("GeomSourceFileData")) : nullptr;
+        return data ? *data : none;
+    }
+
     QString path;
     OvPZ3Importer importer;
 };

@@ -54,7 +54,7 @@ bool OvPZ3Importer::fileFigureResFile(char **argv, int argc) {
         OvFileIO::getBaseFileName(text::withSlashes(name, text::ColonsUnlessBackslash | text::Backslashes));
     OvGeometry *geometry = m_curGeom && m_curGeom->shape ? m_curGeom->shape->getGeometry() : nullptr;
     if (!geometry) {
-        reportError(tr("Error loading figureResFile"));
+        reportError(tr("Error loading figureResFile %1").arg(name));
         return false;
     }
     auto *mesh = dynamic_cast<OvPolyMesh *>(geometry);

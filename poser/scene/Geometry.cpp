@@ -173,13 +173,14 @@ OvPz3GeomItem *OvPZ3Importer::getGeometry(const QString &path) {
     QString found;
     if (!locateGeometry(path, found, true))
         return nullptr;
-    for (const auto &item : m_geomItems)
-        if (item->path == found)
-            return item.get();
+    // A figure or scene names thousands of files: the cache is looked up by path, not scanned.
+    if (OvPz3GeomItem *cached = m_geomByPath.value(found))
+        return cached;
 
     OvApp::startProgress(tr("Importing %1 ...").arg(m_fileName), 0, false, false);
     m_geomItems.emplace_back(make<OvPz3GeomItem>());
     OvPz3GeomItem *entry = m_geomItems.back().get();
+    m_geomByPath.insert(found, entry);
     try {
         entry->loadGeometry(found);
     } catch (...) {
