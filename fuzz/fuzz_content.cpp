@@ -7,10 +7,7 @@
 #include "FuzzSupport.h"
 #include "support/TestSupport.h"
 
-#include <QCoreApplication>
-#include <QDir>
-#include <QTemporaryDir>
-#include <poser/OvPZ3Importer.h>
+#include <QFile>
 
 namespace {
 
@@ -29,15 +26,11 @@ const int kNumFiles = int(sizeof kFiles / sizeof kFiles[0]);
 
 QTemporaryDir *g_dir = nullptr;
 
-void quiet(QtMsgType, const QMessageLogContext &, const QString &) {}
-
 } // namespace
 
 extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv) {
-    static QCoreApplication app(*argc, *argv);
-    qInstallMessageHandler(quiet);
-    g_dir = new QTemporaryDir;
-    return g_dir->isValid() ? 0 : 1;
+    g_dir = startPoserFuzzing(argc, argv);
+    return 0;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
@@ -52,18 +45,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
         writeFile(*g_dir, name, name.endsWith(QLatin1Char('z')) ? gzipBytes(text) : text);
     }
 
-    OvApp::reset();
-    OvApp::getContentMgr()->addPoserDirectory(g_dir->path());
-    {
-        OvPZ3Importer importer;
-        unsigned result = 0;
-        try {
-            result = importer.read(g_dir->filePath(QLatin1String(kFiles[0])), OvFileIOSettings());
-        } catch (const QString &) {
-            // Out of memory is the only thing read may throw; the fuzzer's memory limit is lower.
-        }
-        checkImportedScene("fuzz_content", result);
-    }
-    OvApp::reset();
+    importAndCheck("fuzz_content", g_dir->filePath(QLatin1String(kFiles[0])), g_dir->path());
     return 0;
 }

@@ -6,26 +6,14 @@
 #include "FuzzSupport.h"
 #include "support/TestSupport.h"
 
-#include <OvApp.h>
-#include <OvScene.h>
-#include <QCoreApplication>
-#include <QTemporaryDir>
-#include <cstdio>
-#include <cstdlib>
-#include <poser/OvPZ3Importer.h>
-
 namespace {
 
 QTemporaryDir *g_dir = nullptr;
 
-void quiet(QtMsgType, const QMessageLogContext &, const QString &) {}
-
 } // namespace
 
 extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv) {
-    static QCoreApplication app(*argc, *argv);
-    qInstallMessageHandler(quiet);
-    g_dir = new QTemporaryDir;
+    g_dir = startPoserFuzzing(argc, argv);
     writeFile(*g_dir, "Runtime/Geometries/fz/fig.obj",
               "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 1 1 0\nvt 0 0\ng hip\nusemtl skin\n"
               "f 1/1 2/1 3/1\ng chest head\nusemtl shirt\nf 2 4 3\n");
@@ -48,18 +36,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     writeFile(*g_dir, "Runtime/libraries/self.pz2",
               QByteArray(reinterpret_cast<const char *>(data + 1), int(size - 1)));
 
-    OvApp::reset();
-    OvApp::getContentMgr()->addPoserDirectory(g_dir->path());
-    {
-        OvPZ3Importer importer;
-        unsigned result = 0;
-        try {
-            result = importer.read(g_dir->filePath("in." + ext), OvFileIOSettings());
-        } catch (const QString &) {
-            // Out of memory is the only thing read may throw; the fuzzer's memory limit is lower.
-        }
-        checkImportedScene("fuzz_poser", result);
-    }
-    OvApp::reset();
+    importAndCheck("fuzz_poser", g_dir->filePath("in." + ext), g_dir->path());
     return 0;
 }
