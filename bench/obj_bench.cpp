@@ -273,15 +273,18 @@ int main(int argc, char **argv) {
         return peakMode(argv[2]);
 
     int runs = 5;
+    bool withPeers = true;
     std::vector<const char *> files;
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--runs") == 0 && i + 1 < argc)
             runs = std::max(1, std::atoi(argv[++i]));
+        else if (std::strcmp(argv[i], "--no-peers") == 0)
+            withPeers = false;
         else
             files.push_back(argv[i]);
     }
     if (files.empty()) {
-        std::fprintf(stderr, "usage: obj_bench [--runs N] FILE.obj...\n       obj_bench --peak FILE.obj\n");
+        std::fprintf(stderr, "usage: obj_bench [--runs N] [--no-peers] FILE.obj...\n       obj_bench --peak FILE.obj\n");
         return 2;
     }
 
@@ -325,7 +328,8 @@ int main(int argc, char **argv) {
         }
 
         // Rounds interleave our reader with the peers, so that a busy moment of the machine hits all.
-        const std::vector<bench::ObjPeer> &peers = bench::objPeers();
+        const std::vector<bench::ObjPeer> noPeers;
+        const std::vector<bench::ObjPeer> &peers = withPeers ? bench::objPeers() : noPeers;
         std::vector<std::vector<double>> peerTimes(peers.size());
         std::vector<bench::PeerResult> peerLast(peers.size());
         std::vector<Times> times;

@@ -6,7 +6,6 @@
 // general path, which defines what a line means.
 #include "ObjParse.h"
 #include "OvObjImporter.h"
-#include "VertexBuffer.h"
 
 #include <OvApp.h>
 #include <OvMath.h>
@@ -100,10 +99,11 @@ private:
     int tokenize(char *begin, char *end, char **av);
     int nextLine(char **av);
     void flushPending();
-    void addPosition(float *p);
+    void appendPositions(const float *p, int rows, bool transform);
     void beginFace();
     bool addCorner(int value, bool tokenTex, int t);
-    void endFace(bool bad, const QString &badCorner, int faceLine);
+    void reportFace(const QString &badCorner, int faceLine);
+    static QString cornerText(const char *p, int index);
 
     OvObjImporter &m_importer;
     OvTextInputFile &m_file;
@@ -116,7 +116,6 @@ private:
     const int m_baseVertex, m_baseUV;
     const OvQuat m_swap{OvVec3(1.0f, 0.0f, 0.0f), 1.570796f};
     std::unique_ptr<char *[]> m_argv;
-    obj::VertexBuffer m_vertices{256};
     PendingRows<3> m_positions;
     PendingRows<2> m_texCoords;
     std::vector<int> m_cornerV, m_cornerT; // corners of a fast-path face
@@ -210,10 +209,7 @@ void ObjLines::flushPending() {
     int rows = 0;
     if (m_positions.rows) {
         const float *p = m_positions.finish(rows);
-        for (int r = 0; r < rows; ++r) {
-            float v[3] = {p[3 * r], p[3 * r + 1], p[3 * r + 2]};
-            addPosition(v);
-        }
+        appendPositions(p, rows, true);
     }
     if (m_texCoords.rows) {
         const float *uv = m_texCoords.finish(rows);
@@ -222,13 +218,24 @@ void ObjLines::flushPending() {
     }
 }
 
-void ObjLines::addPosition(float *p) {
-    p[0] = p[0] * m_options.scale;
-    p[1] = p[1] * m_options.scale;
-    p[2] = p[2] * m_options.scale;
-    if (m_options.swapYZ)
-        m_swap.multVec(OvVec3(p)).getValue(p);
-    m_vertices.append(p[0], p[1], p[2]);
+// Rows of three coordinates, scaled and turned Z up as the options say when `transform` is set. The
+// mesh's array grows geometrically, in place for large arrays, so a batch at a time costs no copy.
+void ObjLines::appendPositions(const float *p, int rows, bool transform) {
+    const int first = m_mesh->getNumVertices();
+    float *dst = m_mesh->setVertexArray(first + rows) + 3 * size_t(first);
+    for (int r = 0; r < rows; ++r, p += 3, dst += 3) {
+        float v[3] = {p[0], p[1], p[2]};
+        if (transform) {
+            v[0] = v[0] * m_options.scale;
+            v[1] = v[1] * m_options.scale;
+            v[2] = v[2] * m_options.scale;
+            if (m_options.swapYZ)
+                m_swap.multVec(OvVec3(v)).getValue(v);
+        }
+        dst[0] = v[0];
+        dst[1] = v[1];
+        dst[2] = v[2];
+    }
 }
 
 // Corners of the usual forms; any other corner leaves the whole line to the general path. Faces
@@ -258,36 +265,41 @@ bool ObjLines::fastFace(const char *p, const char *end) {
         p = q;
     }
     beginFace();
-    m_faceHasTex = n > 0 && m_cornerT[0] != kNoTex;
-    int bad = -1;
-    for (int i = 0; i < n; ++i) {
-        const int t = m_cornerT[size_t(i)];
-        if (!addCorner(m_cornerV[size_t(i)], t != kNoTex, t) && bad < 0)
-            bad = i;
+    // Corner numbers become mesh indices in place. A face has texture indices when its first corner
+    // has one; a corner without one keeps the one before.
+    int *vertex = m_cornerV.data(), *uv = m_cornerT.data();
+    const bool withUVs = n > 0 && uv[0] != kNoTex && m_faceUVs > 0;
+    for (int i = 0, prev = 0; i < n; ++i) {
+        vertex[i] = obj::resolveVertexIndex(vertex[i], m_faceVertices, m_baseVertex);
+        uv[i] = !withUVs ? 0 : uv[i] == kNoTex ? prev : obj::resolveUVIndex(uv[i], m_faceUVs, m_baseUV);
+        prev = uv[i];
     }
-    QString badCorner;
-    for (int i = 0; bad >= 0 && i <= bad; ++i) { // the text of the corner to report
-        while (text::isBlank(*first))
-            ++first;
-        const char *tokenEnd = first;
-        while (!text::isBlank(*tokenEnd))
-            ++tokenEnd;
-        if (i == bad)
-            badCorner = OvFileIO::decodeText(first, tokenEnd - first);
-        first = tokenEnd;
-    }
-    endFace(bad >= 0, badCorner, m_line);
+    const int bad = m_mesh->addFace(vertex, uv, n);
+    if (bad >= 0)
+        reportFace(cornerText(first, bad), m_line);
     return true;
+}
+
+// The text of corner `index` of a face whose corners begin at p.
+QString ObjLines::cornerText(const char *p, int index) {
+    for (int i = 0;; ++i) {
+        while (text::isBlank(*p))
+            ++p;
+        const char *end = p;
+        while (!text::isBlank(*end))
+            ++end;
+        if (i == index)
+            return OvFileIO::decodeText(p, end - p);
+        p = end;
+    }
 }
 
 void ObjLines::beginFace() {
     flushPending();
-    m_vertices.flushTo(*m_mesh);
     if (!m_materialChosen) {
         chooseMaterial(m_shape, m_mesh, QStringLiteral("default"));
         m_materialChosen = true;
     }
-    m_mesh->startFace();
     m_faceVertices = m_mesh->getNumVertices();
     m_faceUVs = m_uvs->getNumValues();
     m_faceHasTex = false;
@@ -305,20 +317,16 @@ bool ObjLines::addCorner(int value, bool tokenTex, int t) {
     return m_mesh->addFaceEdge(v, uv);
 }
 
-void ObjLines::endFace(bool bad, const QString &badCorner, int faceLine) {
-    if (bad) {
-        if (m_faceReports < kMaxFaceReports) {
-            ++m_faceReports;
-            m_importer.reportObjError(
-                OvObjImporter::tr("Face ignored: corner \"%1\" refers to no vertex or texture coordinate "
-                                  "read so far")
-                    .arg(badCorner),
-                faceLine);
-        } else {
-            ++m_unreportedFaces;
-        }
+void ObjLines::reportFace(const QString &badCorner, int faceLine) {
+    if (m_faceReports < kMaxFaceReports) {
+        ++m_faceReports;
+        m_importer.reportObjError(OvObjImporter::tr("Face ignored: corner \"%1\" refers to no vertex or texture "
+                                                    "coordinate read so far")
+                                      .arg(badCorner),
+                                  faceLine);
+    } else {
+        ++m_unreportedFaces;
     }
-    m_mesh->finishFace();
 }
 
 void ObjLines::generalLine(char **av, int argc) {
@@ -368,16 +376,14 @@ void ObjLines::generalPosition(char **av, int argc) {
     float p[3] = {0.0f, 0.0f, 0.0f};
     if (argc < 4 || !text::isPoserNumber(av[1]) || !text::isPoserNumber(av[2]) || !text::isPoserNumber(av[3]))
         m_badVertexLines.note(m_line);
-    if (argc >= 4) {
+    if (argc >= 4)
         parsePoserFloats(av + 1, 3, p);
-        addPosition(p);
-    } else {
-        m_vertices.append(p[0], p[1], p[2]);
-    }
+    appendPositions(p, 1, argc >= 4);
 }
 
 void ObjLines::generalFace(char **av, int argc) {
     beginFace();
+    m_mesh->startFace();
     const int faceLine = m_line;
     bool first = true, bad = false;
     QString badCorner; // copied: a continuation line reuses the token buffer
@@ -406,7 +412,9 @@ void ObjLines::generalFace(char **av, int argc) {
             badCorner = OvFileIO::decodeText(token);
         }
     }
-    endFace(bad, badCorner, faceLine);
+    if (bad)
+        reportFace(badCorner, faceLine);
+    m_mesh->finishFace();
 }
 
 void ObjLines::finish(const QString &shortName) {
@@ -431,7 +439,6 @@ void ObjLines::finish(const QString &shortName) {
                                   m_cutLines.first);
     try {
         flushPending();
-        m_vertices.flushTo(*m_mesh);
         if (m_uvs->getNumValues() == 0) {
             const float zero[2] = {0.0f, 0.0f};
             m_uvs->appendPnt2Value(zero);

@@ -43,12 +43,13 @@ inline int digitRun(uint64_t x) {
     return other ? __builtin_ctzll(other) >> 3 : 8;
 }
 
-// The value of the first `run` (1 to 8) digit characters of x.
+// The value of the first `run` (1 to 8) digit characters of x: pairs of digits, then pairs of
+// pairs, then the two halves, each level with one multiplication (a x 10 + b in each pair).
 inline uint32_t digitsValue(uint64_t x, int run) {
     x = (x << (8 * (8 - run))) & 0x0F0F0F0F0F0F0F0Fu; // the digits last, zeros before them
-    x = (x * 10 + (x >> 8)) & 0x00FF00FF00FF00FFu;
-    x = (x * 100 + (x >> 16)) & 0x0000FFFF0000FFFFu;
-    return uint32_t(x * 10000 + (x >> 32));
+    x = ((x * (10 * 256 + 1)) >> 8) & 0x00FF00FF00FF00FFu;
+    x = ((x * (100 * 65536 + 1)) >> 16) & 0x0000FFFF0000FFFFu;
+    return uint32_t((x * ((uint64_t(10000) << 32) + 1)) >> 32);
 }
 
 constexpr uint64_t kPow10[9] = {1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000};
@@ -65,7 +66,7 @@ inline unsigned digitOf(char c) {
 // dot still divides it by 10 (finishFloats).
 inline const char *scanPlainFloat(const char *p, const char *last, float &value, int32_t &divisions) {
     const bool negative = *p == '-';
-    p += negative || *p == '+';
+    p += negative | (*p == '+');
     const char *const first = p;
     uint64_t n = 0;
     for (unsigned d; (d = digitOf(*p)) < 10; ++p) // the whole part: mostly a digit or two
@@ -86,7 +87,10 @@ inline const char *scanPlainFloat(const char *p, const char *last, float &value,
         return nullptr;
     // Up to 2^24 every step of the grammar's accumulation is exact, so the integer is its result.
     const float v = digits <= 19 && n <= (uint64_t(1) << 24) ? float(uint32_t(n)) : digitSteps(first, p);
-    value = negative ? -v : v;
+    uint32_t bits; // the sign set without a branch: numbers are as often negative as not
+    std::memcpy(&bits, &v, sizeof bits);
+    bits |= uint32_t(negative) << 31;
+    std::memcpy(&value, &bits, sizeof value);
     divisions = fraction < kMaxDivisions ? int32_t(fraction) : kMaxDivisions;
     return p;
 }
