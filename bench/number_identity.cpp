@@ -61,9 +61,9 @@ float reference(const char *s) {
 }
 
 enum Shape { Fixed, Integer, Small, LongDigits, Printf, NearLimit, Shapes };
-const char *const kShapeNames[Shapes] = {"fixed point (-12.345678)", "integers", "small (0.000001234)",
-                                         "long digit runs (> 2^24)", "printf %g/%e/%.9g",
-                                         "around 2^24 (16777215.5)"};
+const char *const kShapeNames[Shapes] = {"fixed point (-12.345678)", "integers",
+                                         "small (0.000001234)",      "long digit runs (> 2^24)",
+                                         "printf %g/%e/%.9g",        "around 2^24 (16777215.5)"};
 
 class Generator {
 public:
@@ -179,12 +179,13 @@ int main(int argc, char **argv) {
     const auto start = std::chrono::steady_clock::now();
     auto report = [&](const char *how, const std::string &text, float got, float want) {
         if (++mismatches <= 20)
-            std::printf("MISMATCH (%s) \"%s\": %08x, steps give %08x\n", how, text.c_str(), bits(got), bits(want));
+            std::printf("MISMATCH (%s) \"%s\": %08x, steps give %08x\n", how, text.c_str(), bits(got),
+                        bits(want));
     };
     for (long long done = 0; done < total; done += kBatch) {
         // One shape per batch, as a file holds runs of numbers of one kind; weights favour fixed point.
-        static const Shape weighted[] = {Fixed, Fixed, Fixed, Fixed, Fixed, Integer, Small,
-                                         LongDigits, Printf, NearLimit};
+        static const Shape weighted[] = {Fixed,   Fixed, Fixed,      Fixed,  Fixed,
+                                         Integer, Small, LongDigits, Printf, NearLimit};
         const Shape shape = weighted[(done / kBatch) % 10];
         for (int i = 0; i < kBatch; ++i) {
             gen.make(shape, texts[i]);

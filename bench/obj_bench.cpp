@@ -284,7 +284,9 @@ int main(int argc, char **argv) {
             files.push_back(argv[i]);
     }
     if (files.empty()) {
-        std::fprintf(stderr, "usage: obj_bench [--runs N] [--no-peers] FILE.obj...\n       obj_bench --peak FILE.obj\n");
+        std::fprintf(
+            stderr,
+            "usage: obj_bench [--runs N] [--no-peers] FILE.obj...\n       obj_bench --peak FILE.obj\n");
         return 2;
     }
 

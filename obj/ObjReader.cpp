@@ -320,10 +320,11 @@ bool ObjLines::addCorner(int value, bool tokenTex, int t) {
 void ObjLines::reportFace(const QString &badCorner, int faceLine) {
     if (m_faceReports < kMaxFaceReports) {
         ++m_faceReports;
-        m_importer.reportObjError(OvObjImporter::tr("Face ignored: corner \"%1\" refers to no vertex or texture "
-                                                    "coordinate read so far")
-                                      .arg(badCorner),
-                                  faceLine);
+        m_importer.reportObjError(
+            OvObjImporter::tr("Face ignored: corner \"%1\" refers to no vertex or texture "
+                              "coordinate read so far")
+                .arg(badCorner),
+            faceLine);
     } else {
         ++m_unreportedFaces;
     }
@@ -419,10 +420,11 @@ void ObjLines::generalFace(char **av, int argc) {
 
 void ObjLines::finish(const QString &shortName) {
     if (m_unreportedFaces > 0)
-        m_importer.reportObjError(OvObjImporter::tr("%1 more faces with indices out of range were ignored in %2")
-                                      .arg(m_unreportedFaces)
-                                      .arg(shortName),
-                                  -1);
+        m_importer.reportObjError(
+            OvObjImporter::tr("%1 more faces with indices out of range were ignored in %2")
+                .arg(m_unreportedFaces)
+                .arg(shortName),
+            -1);
     if (m_badVertexLines.count > 0)
         m_importer.reportObjError(OvObjImporter::tr("%1 vertex line(s) of %2 with missing or non-numeric "
                                                     "coordinates, read as 0; the first")
@@ -430,13 +432,14 @@ void ObjLines::finish(const QString &shortName) {
                                       .arg(shortName),
                                   m_badVertexLines.first);
     if (m_cutLines.count > 0)
-        m_importer.reportObjError(OvObjImporter::tr("%1 line(s) of %2 with more than %3 words kept only their "
-                                                    "first %3 (a face its first %4 corners); the first")
-                                      .arg(m_cutLines.count)
-                                      .arg(shortName)
-                                      .arg(OvTextInputFile::MaxTokens)
-                                      .arg(OvTextInputFile::MaxTokens - 1),
-                                  m_cutLines.first);
+        m_importer.reportObjError(
+            OvObjImporter::tr("%1 line(s) of %2 with more than %3 words kept only their "
+                              "first %3 (a face its first %4 corners); the first")
+                .arg(m_cutLines.count)
+                .arg(shortName)
+                .arg(OvTextInputFile::MaxTokens)
+                .arg(OvTextInputFile::MaxTokens - 1),
+            m_cutLines.first);
     try {
         flushPending();
         if (m_uvs->getNumValues() == 0) {
@@ -486,8 +489,7 @@ unsigned int OvObjImporter::readObj(OvTextInputFile &file, OvShape **shapeOut, i
         mesh->setName(meshName);
     }
 
-    const Options options{m_scale,     m_swapYZ,       m_includeG,
-                          m_includeVT, m_includeUsemtl, m_includeMtllib};
+    const Options options{m_scale, m_swapYZ, m_includeG, m_includeVT, m_includeUsemtl, m_includeMtllib};
     ObjLines lines(*this, file, shape, mesh, lineNumber, options, m_mtlLib);
     mesh->beginEdit(false);
     if (!m_includeG)
