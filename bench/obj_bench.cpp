@@ -1,8 +1,11 @@
 // Throughput and peak memory of OvObjImporter::readShape against the floor of reading the same
 // bytes and counting lines, all measured in the same run on the same files.
 //
-//   obj_bench [--runs N] FILE.obj...   the table
+//   obj_bench [--runs N] [--no-peers] FILE.obj...   the table
 //   obj_bench --peak FILE.obj          one read in this process; prints its memory figures
+//
+// Each file is also imported into the host scene once and the scene JSON of ovimport --json written
+// to /dev/null, best of N runs, with its size and throughput (MB of JSON per second).
 //
 // Throughput is the best of N runs (medians are printed as well), in wall-clock time and in CPU
 // time of the reading thread, which is the steadier figure on a busy machine. Peak memory is measured in a
@@ -13,8 +16,11 @@
 #include "ObjPeers.h"
 
 #include <OvApp.h>
+#include <OvScene.h>
 #include <OvShape.h>
 #include <QCoreApplication>
+#include <QIODevice>
+#include <SceneDump.h>
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -160,6 +166,48 @@ ReadResult readOnce(const char *path, bool withDigest) {
     return r;
 }
 
+// /dev/null as a device that counts the bytes written to it.
+class NullSink : public QIODevice {
+public:
+    NullSink() : m_fd(::open("/dev/null", O_WRONLY | O_CLOEXEC)) { open(QIODevice::WriteOnly); }
+    ~NullSink() override { ::close(m_fd); }
+    qint64 bytes = 0;
+
+protected:
+    qint64 readData(char *, qint64) override { return -1; }
+    qint64 writeData(const char *data, qint64 n) override {
+        bytes += n;
+        return ::write(m_fd, data, size_t(n));
+    }
+
+private:
+    int m_fd;
+};
+
+// The scene JSON of one import of the file: its size in MB and the best time to write it.
+struct JsonStage {
+    double mb = 0, seconds = 1e30;
+};
+
+JsonStage measureJson(const char *path, int runs) {
+    OvApp::reset();
+    OvObjImporter importer;
+    OvFileIOSettings settings;
+    importer.getDefaultOptions(&settings);
+    ImportReport report;
+    report.result = importer.read(QString::fromLocal8Bit(path), settings);
+    JsonStage stage;
+    for (int i = 0; i < runs; ++i) {
+        NullSink sink;
+        Stopwatch watch;
+        writeSceneJson(sink, *OvApp::getScene(), report);
+        stage.seconds = std::min(stage.seconds, watch.elapsed().wall);
+        stage.mb = double(sink.bytes) / 1e6;
+    }
+    OvApp::reset();
+    return stage;
+}
+
 using bench::statusKiB;
 
 // Child mode: one read; prints "before_kib peak_kib mesh_bytes wall_s cpu_s method".
@@ -273,15 +321,20 @@ int main(int argc, char **argv) {
         return peakMode(argv[2]);
 
     int runs = 5;
+    bool withPeers = true;
     std::vector<const char *> files;
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--runs") == 0 && i + 1 < argc)
             runs = std::max(1, std::atoi(argv[++i]));
+        else if (std::strcmp(argv[i], "--no-peers") == 0)
+            withPeers = false;
         else
             files.push_back(argv[i]);
     }
     if (files.empty()) {
-        std::fprintf(stderr, "usage: obj_bench [--runs N] FILE.obj...\n       obj_bench --peak FILE.obj\n");
+        std::fprintf(
+            stderr,
+            "usage: obj_bench [--runs N] [--no-peers] FILE.obj...\n       obj_bench --peak FILE.obj\n");
         return 2;
     }
 
@@ -295,6 +348,7 @@ int main(int argc, char **argv) {
         RunStats floor, read;
         Peak peak;
         std::vector<PeerRow> peers;
+        JsonStage json;
     };
     std::vector<Row> rows;
     std::vector<char> buf;
@@ -325,7 +379,8 @@ int main(int argc, char **argv) {
         }
 
         // Rounds interleave our reader with the peers, so that a busy moment of the machine hits all.
-        const std::vector<bench::ObjPeer> &peers = bench::objPeers();
+        const std::vector<bench::ObjPeer> noPeers;
+        const std::vector<bench::ObjPeer> &peers = withPeers ? bench::objPeers() : noPeers;
         std::vector<std::vector<double>> peerTimes(peers.size());
         std::vector<bench::PeerResult> peerLast(peers.size());
         std::vector<Times> times;
@@ -376,7 +431,10 @@ int main(int argc, char **argv) {
                 mb / p.first.wall, mb / p.first.cpu, p.method.c_str(), p.deltaMB, p.meshMB);
         else
             std::printf("  fresh process: the child run failed\n");
-        rows.push_back({baseName(path), mb, floor, read, p, peerRows});
+        const JsonStage json = measureJson(path, runs);
+        std::printf("  scene JSON: %.1f MB in %.3f s (%.1f MB/s of JSON)\n", json.mb, json.seconds,
+                    json.mb / json.seconds);
+        rows.push_back({baseName(path), mb, floor, read, p, peerRows, json});
     }
 
     std::printf("\n%-10s %6s %9s %9s %7s %9s %9s %8s %8s %6s\n", "", "", "floor", "readShape", "",
@@ -393,6 +451,9 @@ int main(int argc, char **argv) {
         else
             std::printf(" %9s %8s %8s %6s\n", "-", "-", "-", "-");
     }
+    for (const Row &r : rows)
+        std::printf("%-10s scene JSON %.1f MB at %.1f MB/s (best of %d, written to /dev/null)\n", r.name,
+                    r.json.mb, r.json.mb / r.json.seconds, runs);
     for (const Row &r : rows)
         for (const PeerRow &peer : r.peers)
             std::printf("%-10s readShape is %.2fx the speed of %s (medians of %d interleaved rounds)\n",

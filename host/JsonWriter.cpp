@@ -1,11 +1,48 @@
 #include "JsonWriter.h"
+#include "FloatText.h"
 
+#include <QIODevice>
 #include <cmath>
+#include <cstring>
+
+namespace {
+
+// The buffer goes to the device once it holds this much.
+const size_t kFlushBytes = size_t(1) << 20;
+
+const char kHex[] = "0123456789abcdef";
+
+} // namespace
+
+JsonWriter::JsonWriter(QIODevice &out) : m_out(out), m_buf(kFlushBytes + 4096) {}
+
+JsonWriter::~JsonWriter() {
+    flush();
+}
+
+void JsonWriter::flush() {
+    if (m_size)
+        m_out.write(m_buf.data(), qint64(m_size));
+    m_size = 0;
+}
+
+void JsonWriter::grow(size_t n) {
+    m_buf.resize(std::max(2 * m_buf.size(), m_size + n));
+}
+
+void JsonWriter::put(const char *s, size_t n) {
+    std::memcpy(room(n), s, n);
+    m_size += n;
+}
 
 void JsonWriter::newline(size_t depth) {
-    m_out << '\n';
-    for (size_t i = 0; i < depth; ++i)
-        m_out << "  ";
+    if (m_size >= kFlushBytes)
+        flush();
+    const size_t spaces = 2 * (depth < kMaxIndentLevels ? depth : kMaxIndentLevels);
+    char *p = room(spaces + 1);
+    *p = '\n';
+    std::memset(p + 1, ' ', spaces);
+    m_size += spaces + 1;
 }
 
 void JsonWriter::separate() {
@@ -17,19 +54,19 @@ void JsonWriter::separate() {
         return;
     Level &level = m_levels.back();
     if (level.members > 0)
-        m_out << ',';
+        put(',');
     const bool breakLine =
         level.layout == Layout::Block || (level.layout == Layout::Rows && level.members % kRowLength == 0);
     if (breakLine)
         newline(m_levels.size());
     else if (level.members > 0)
-        m_out << ' ';
+        put(' ');
     ++level.members;
 }
 
 void JsonWriter::begin(char bracket, Layout layout) {
     separate();
-    m_out << bracket;
+    put(bracket);
     if (!m_levels.empty() && m_levels.back().layout != Layout::Block)
         layout = Layout::Line;
     m_levels.push_back({layout, 0});
@@ -40,9 +77,9 @@ void JsonWriter::end(char bracket) {
     m_levels.pop_back();
     if (level.layout != Layout::Line && level.members > 0)
         newline(m_levels.size());
-    m_out << bracket;
+    put(bracket);
     if (m_levels.empty())
-        m_out << '\n';
+        put('\n');
 }
 
 void JsonWriter::beginObject(Layout layout) {
@@ -63,55 +100,139 @@ void JsonWriter::endArray() {
 
 void JsonWriter::key(const char *name) {
     separate();
-    m_out << quote(QString::fromUtf8(name)) << ": ";
+    putQuoted(name);
+    put(": ", 2);
     m_afterKey = true;
 }
 
 void JsonWriter::value(const QString &s) {
     separate();
-    m_out << quote(s);
+    putQuoted(s);
+}
+
+void JsonWriter::value(const char *s) {
+    separate();
+    putQuoted(s);
 }
 
 void JsonWriter::value(int v) {
     separate();
-    m_out << v;
+    putInteger(v);
 }
 
 void JsonWriter::value(unsigned v) {
     separate();
-    m_out << v;
+    putInteger(v);
 }
 
 void JsonWriter::value(qint64 v) {
     separate();
-    m_out << v;
+    putInteger(v);
 }
 
 void JsonWriter::value(bool v) {
     separate();
-    m_out << (v ? "true" : "false");
+    v ? put("true", 4) : put("false", 5);
 }
 
 void JsonWriter::value(float v) {
     separate();
-    m_out << formatFloat(v);
+    m_size += formatFloat(v, room(kFloatChars));
 }
 
 void JsonWriter::valueNull() {
     separate();
-    m_out << "null";
+    put("null", 4);
+}
+
+void JsonWriter::putInteger(long long v) {
+    char digits[24];
+    char *end = digits + sizeof digits, *p = end;
+    unsigned long long a = v < 0 ? 0ULL - (unsigned long long)v : (unsigned long long)v;
+    do
+        *--p = char('0' + a % 10);
+    while (a /= 10);
+    if (v < 0)
+        *--p = '-';
+    put(p, size_t(end - p));
+}
+
+size_t JsonWriter::formatFloat(float v, char *out) {
+    const char *special = std::isnan(v)   ? "\"nan\""
+                          : std::isinf(v) ? (v > 0 ? "\"inf\"" : "\"-inf\"")
+                          : v == 0.0f     ? (std::signbit(v) ? "-0" : "0")
+                                          : nullptr;
+    if (!special)
+        return formatFloat9(v, out);
+    const size_t n = std::strlen(special);
+    std::memcpy(out, special, n);
+    return n;
 }
 
 QString JsonWriter::formatFloat(float v) {
-    if (std::isnan(v))
-        return QStringLiteral("\"nan\"");
-    if (std::isinf(v))
-        return v > 0 ? QStringLiteral("\"inf\"") : QStringLiteral("\"-inf\"");
-    if (v == 0.0f)
-        return std::signbit(v) ? QStringLiteral("-0") : QStringLiteral("0");
-    char buf[32];
-    std::snprintf(buf, sizeof buf, "%.9g", double(v));
-    return QString::fromLatin1(buf);
+    char buf[kFloatChars];
+    return QString::fromLatin1(buf, qsizetype(formatFloat(v, buf)));
+}
+
+// Keys and class names: plain ASCII is copied as it is, anything else quoted as a string.
+void JsonWriter::putQuoted(const char *s) {
+    const size_t n = std::strlen(s);
+    for (size_t i = 0; i < n; ++i) {
+        const unsigned char c = static_cast<unsigned char>(s[i]);
+        if (c < 0x20 || c >= 0x80 || c == '"' || c == '\\') {
+            putQuoted(QString::fromUtf8(s, qsizetype(n)));
+            return;
+        }
+    }
+    char *p = room(n + 2);
+    p[0] = '"';
+    std::memcpy(p + 1, s, n);
+    p[n + 1] = '"';
+    m_size += n + 2;
+}
+
+// ASCII is escaped or copied byte by byte; runs of other characters are encoded to UTF-8 by Qt, as
+// the text stream this writer replaces did.
+void JsonWriter::putQuoted(const QString &s) {
+    put('"');
+    const QChar *c = s.constData(), *end = c + s.size();
+    while (c < end) {
+        const char16_t u = c->unicode();
+        if (u >= 0x80) {
+            const QChar *run = c;
+            while (c < end && c->unicode() >= 0x80)
+                ++c;
+            const QByteArray utf8 = QStringView(run, c).toUtf8();
+            put(utf8.constData(), size_t(utf8.size()));
+            continue;
+        }
+        ++c;
+        switch (u) {
+        case '"':
+            put("\\\"", 2);
+            break;
+        case '\\':
+            put("\\\\", 2);
+            break;
+        case '\n':
+            put("\\n", 2);
+            break;
+        case '\r':
+            put("\\r", 2);
+            break;
+        case '\t':
+            put("\\t", 2);
+            break;
+        default:
+            if (u < 0x20) {
+                const char escape[6] = {'\\', 'u', '0', '0', kHex[u >> 4], kHex[u & 15]};
+                put(escape, 6);
+            } else {
+                put(char(u));
+            }
+        }
+    }
+    put('"');
 }
 
 QString JsonWriter::quote(const QString &s) {

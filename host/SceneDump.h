@@ -6,11 +6,12 @@
 #include <QTextStream>
 
 class OvScene;
+class QIODevice;
 
 struct ImportReport {
     unsigned result = 0;
     bool includeMeshData = true; // full vertex, UV, face and group lists in the JSON
 };
 
-void writeSceneJson(QTextStream &out, const OvScene &scene, const ImportReport &report);
+void writeSceneJson(QIODevice &out, const OvScene &scene, const ImportReport &report);
 void writeSceneTree(QTextStream &out, const OvScene &scene);

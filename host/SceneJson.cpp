@@ -416,7 +416,7 @@ void JsonSceneWriter::material(const OvMaterial &m, int id, bool) {
 
 } // namespace
 
-void writeSceneJson(QTextStream &out, const OvScene &scene, const ImportReport &report) {
+void writeSceneJson(QIODevice &out, const OvScene &scene, const ImportReport &report) {
     JsonWriter w(out);
     w.beginObject();
     w.field("result", report.result);

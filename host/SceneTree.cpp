@@ -119,8 +119,13 @@ public:
     void material(const OvMaterial &m, int id, bool first) override;
 
 private:
-    void indent() { m_indent += QLatin1String("  "); }
-    void outdent() { m_indent.chop(2); }
+    // Two spaces a level, up to JsonWriter::kMaxIndentLevels levels: deep hierarchies stay linear.
+    void indent() { setDepth(m_depth + 1); }
+    void outdent() { setDepth(m_depth - 1); }
+    void setDepth(size_t depth) {
+        m_depth = depth;
+        m_indent.fill(QLatin1Char(' '), qsizetype(2 * std::min(depth, JsonWriter::kMaxIndentLevels)));
+    }
     QString nodeRef(const OvNode *node) const;
     void writeProperty(const OvProperty &p);
     void writeController(const OvController &c);
@@ -135,6 +140,7 @@ private:
 
     QTextStream &m_out;
     const SceneWalk &m_walk;
+    size_t m_depth = 1;
     QString m_indent = QStringLiteral("  ");
 };
 

@@ -9,6 +9,7 @@
 #include <OvScene.h>
 #include <OvShape.h>
 #include <OvSkeleton.h>
+#include <vector>
 
 namespace {
 
@@ -40,42 +41,86 @@ void SceneWalk::addProperty(const OvProperty *p, const OvNode *node) {
         m_propertyNodes.insert(p, node);
 }
 
-// Same order as the walk: a node, its object's shapes, then its children.
-void SceneWalk::collect(const OvNode *node) {
-    if (!node || m_nodes.contains(node))
-        return;
+// Same order as the walk: a node, its object's shapes, then its children. With a stack of its own
+// rather than recursion, so that a hierarchy of any depth is walked.
+void SceneWalk::collect(const OvNode *top) {
+    struct Frame {
+        const OvNode *node;
+        int next; // the child to go to next
+    };
+    std::vector<Frame> stack;
+    auto visit = [&](const OvNode *node) {
+        if (node && !m_nodes.contains(node)) {
+            addNode(node);
+            stack.push_back({node, 0});
+        }
+    };
+    visit(top);
+    while (!stack.empty()) {
+        Frame &f = stack.back();
+        if (f.next < f.node->getNumNodeChildren())
+            visit(f.node->getNodeChild(f.next++));
+        else
+            stack.pop_back();
+    }
+}
+
+void SceneWalk::addNode(const OvNode *node) {
     m_nodes.insert(node);
     for (int i = 0; i < node->getNumProperties(); ++i)
         addProperty(node->getProperty(i), node);
-    if (const OvObject *object = node->getObject()) {
-        for (int i = 0; i < object->getNumProperties(); ++i)
-            addProperty(object->getProperty(i), node);
-        for (int i = 0; i < object->getNumModifiers(); ++i) {
-            OvModifier *m = object->getModifier(i);
-            if (auto *joint = dynamic_cast<OvPoserJoint *>(m))
-                addProperty(joint->getBendControl(), node);
-            else if (auto *dform = dynamic_cast<OvDFormModifier *>(m))
-                addProperty(dform->getValueChannel(), node);
-        }
-        for (int i = 0; i < object->getNumShapes(); ++i) {
-            const OvShape *shape = object->getShape(i);
-            for (int k = 0; k < shape->getNumMaterials(); ++k)
-                if (const OvMaterial *material = shape->getMaterial(k); !m_materialIds.contains(material))
-                    m_materialIds.insert(material, int(m_materialIds.size()) + 1);
-            if (auto *mesh = dynamic_cast<const OvPolyMesh *>(shape->getGeometry()))
-                if (!m_meshIds.contains(mesh))
-                    m_meshIds.insert(mesh, int(m_meshIds.size()) + 1);
+    const OvObject *object = node->getObject();
+    if (!object)
+        return;
+    for (int i = 0; i < object->getNumProperties(); ++i)
+        addProperty(object->getProperty(i), node);
+    for (int i = 0; i < object->getNumModifiers(); ++i) {
+        OvModifier *m = object->getModifier(i);
+        if (auto *joint = dynamic_cast<OvPoserJoint *>(m))
+            addProperty(joint->getBendControl(), node);
+        else if (auto *dform = dynamic_cast<OvDFormModifier *>(m))
+            addProperty(dform->getValueChannel(), node);
+    }
+    for (int i = 0; i < object->getNumShapes(); ++i) {
+        const OvShape *shape = object->getShape(i);
+        for (int k = 0; k < shape->getNumMaterials(); ++k)
+            if (const OvMaterial *material = shape->getMaterial(k); !m_materialIds.contains(material))
+                m_materialIds.insert(material, int(m_materialIds.size()) + 1);
+        if (auto *mesh = dynamic_cast<const OvPolyMesh *>(shape->getGeometry()))
+            if (!m_meshIds.contains(mesh))
+                m_meshIds.insert(mesh, int(m_meshIds.size()) + 1);
+    }
+}
+
+// Each node is entered, its children walked and the node left, with a stack of its own.
+void SceneWalk::walk(SceneVisitor &v) {
+    struct Frame {
+        const OvNode *node;
+        int next; // the child to enter next
+    };
+    std::vector<Frame> stack;
+    v.beginList(SceneVisitor::List::Nodes);
+    for (int i = 0; i < m_scene.getNumNodes(); ++i) {
+        enterNode(*m_scene.getNode(i), v);
+        stack.push_back({m_scene.getNode(i), 0});
+        while (!stack.empty()) {
+            Frame &f = stack.back();
+            if (f.next < f.node->getNumNodeChildren()) {
+                const OvNode *child = f.node->getNodeChild(f.next++);
+                enterNode(*child, v);
+                stack.push_back({child, 0});
+            } else {
+                v.endList(SceneVisitor::List::Children);
+                v.leaveNode(*f.node);
+                stack.pop_back();
+            }
         }
     }
-    for (int i = 0; i < node->getNumNodeChildren(); ++i)
-        collect(node->getNodeChild(i));
+    v.endList(SceneVisitor::List::Nodes);
 }
 
-void SceneWalk::walk(SceneVisitor &v) {
-    list(v, SceneVisitor::List::Nodes, m_scene.getNumNodes(), [&](int i) { node(*m_scene.getNode(i), v); });
-}
-
-void SceneWalk::node(const OvNode &node, SceneVisitor &v) {
+// Everything of a node up to its children, and the opening of their list.
+void SceneWalk::enterNode(const OvNode &node, SceneVisitor &v) {
     v.enterNode(node);
     if (auto *skeleton = qobject_cast<const OvSkeleton *>(&node))
         v.skeleton(*skeleton);
@@ -90,9 +135,7 @@ void SceneWalk::node(const OvNode &node, SceneVisitor &v) {
     elementLists(node, v);
     if (const OvObject *o = node.getObject())
         object(*o, v);
-    list(v, SceneVisitor::List::Children, node.getNumNodeChildren(),
-         [&](int i) { this->node(*node.getNodeChild(i), v); });
-    v.leaveNode(node);
+    v.beginList(SceneVisitor::List::Children);
 }
 
 // Data items and properties, which nodes and objects both carry.

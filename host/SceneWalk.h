@@ -74,9 +74,10 @@ public:
     const OvNode *propertyNode(const OvProperty *p) const { return m_propertyNodes.value(p, nullptr); }
 
 private:
-    void collect(const OvNode *node);
+    void collect(const OvNode *top);
+    void addNode(const OvNode *node);
     void addProperty(const OvProperty *p, const OvNode *node);
-    void node(const OvNode &node, SceneVisitor &v);
+    void enterNode(const OvNode &node, SceneVisitor &v);
     void elementLists(const OvElement &element, SceneVisitor &v);
     void object(const OvObject &object, SceneVisitor &v);
     void shape(const OvShape &shape, SceneVisitor &v);

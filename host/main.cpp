@@ -146,7 +146,8 @@ int main(int argc, char **argv) {
         report.result = outcome.result;
         report.includeMeshData = meshData;
         if (jsonOut == QLatin1String("-")) {
-            QTextStream out(stdout);
+            QFile out;
+            out.open(stdout, QIODevice::WriteOnly);
             writeSceneJson(out, *scene, report);
             tree = false;
         } else {
@@ -156,8 +157,7 @@ int main(int argc, char **argv) {
                              qPrintable(f.errorString()));
                 return 2;
             }
-            QTextStream out(&f);
-            writeSceneJson(out, *scene, report);
+            writeSceneJson(f, *scene, report);
         }
     }
     if (tree) {

@@ -1,6 +1,9 @@
 #pragma once
 // Face corner indices of the OBJ reader: from the numbers of a corner (text/Numbers.h reads them)
-// to vertex and UV indices of the mesh.
+// to vertex and UV indices of the mesh. And the switches tests and benchmarks use to compare the
+// reader's paths.
+
+#include <cstddef>
 
 namespace obj {
 
@@ -23,5 +26,14 @@ inline int resolveUVIndex(int t, int uvCount, int base) {
     v += base;
     return v < -1 ? -1 : int(v);
 }
+
+// How the reader goes about it, process-wide. With `fastPaths` off every line takes the general
+// path (split into tokens), which defines what a line means; a `chunkSize` other than 0 is the
+// line reader's chunk size in readShape (tiny chunks make lines cross the chunk edges).
+struct ReadTuning {
+    bool fastPaths = true;
+    size_t chunkSize = 0;
+};
+ReadTuning &readTuning();
 
 } // namespace obj

@@ -1,4 +1,5 @@
 #include "OvObjImporter.h"
+#include "ObjParse.h"
 #include "OvObjImportFrame.h"
 
 #include <OvApp.h>
@@ -66,6 +67,8 @@ unsigned int OvObjImporter::readShape(const QString &fileName, OvShape **shape,
                                       const OvFileIOSettings &settings) {
     bool compressed = OvFileIO::getFileExtension(fileName).toLower() == QLatin1String("obz");
     OvTextInputFile file(fileName, compressed, true);
+    if (obj::readTuning().chunkSize)
+        file.setChunkSize(obj::readTuning().chunkSize);
     m_mtlLib.clear();
     if (!file.open())
         return ResultCannotOpen;
@@ -73,7 +76,15 @@ unsigned int OvObjImporter::readShape(const QString &fileName, OvShape **shape,
     unsigned int result = readObj(file, shape, lineNumber, settings);
     if (shape && *shape)
         (*shape)->setName(OvFileIO::getBaseFileName(fileName));
-    if (file.hasError())
+    if (file.truncatedLines() > 0)
+        reportObjError(tr("%1 line(s) of %2 longer than %3 MB were cut; the first")
+                           .arg(file.truncatedLines())
+                           .arg(OvFileIO::getShortFileName(fileName))
+                           .arg(OvTextInputFile::MaxLineLength >> 20),
+                       file.firstTruncatedLine());
+    // What was read stays in the shape, but the caller learns that the file was not read whole.
+    const bool damaged = file.hasError();
+    if (damaged)
         reportObjError(tr("Could not read all of %1: %2").arg(fileName, file.errorString()), -1);
     file.close();
 
@@ -89,5 +100,5 @@ unsigned int OvObjImporter::readShape(const QString &fileName, OvShape **shape,
             OvFileIO::info(tr("%1 (looked in: %2); continuing without it").arg(message, dir.absolutePath()));
         }
     }
-    return result;
+    return damaged ? unsigned(ResultCannotOpen) : result;
 }

@@ -42,6 +42,18 @@ bool OvPolyMesh::finishFace() {
     return true;
 }
 
+int OvPolyMesh::addFace(const int *vertices, const int *uvs, int n) {
+    const int nv = m_vertices.count(), nuv = m_uvs.getNumValues();
+    for (int i = 0; i < n; ++i)
+        if (!cornerInRange(vertices[i], uvs[i], nv, nuv))
+            return i;
+    startFace();
+    m_cornerVerts.append(vertices, size_t(n));
+    m_cornerUVs.append(uvs, size_t(n));
+    finishFace();
+    return -1;
+}
+
 void OvPolyMesh::listAllFacesGroups() {
     for (Group &g : m_groups)
         if (g.allFaces) {

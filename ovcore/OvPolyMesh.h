@@ -119,6 +119,13 @@ public:
         else
             widenThenPush(v);
     }
+    void append(const int *v, size_t n) {
+        if (!m_narrow)
+            m_wide.append(v, n);
+        else
+            for (size_t i = 0; i < n; ++i)
+                push_back(v[i]);
+    }
     void truncate(size_t n) { m_narrow ? m_short.truncate(n) : m_wide.truncate(n); }
     void shrinkToFit() { m_narrow ? m_short.shrinkToFit() : m_wide.shrinkToFit(); }
     size_t bytes() const { return m_short.bytes() + m_wide.bytes(); }
@@ -195,9 +202,7 @@ public:
     // Adds a corner; false (and the face will be dropped) when an index is out of range. A UV
     // index of 0 is accepted while the UV map is still empty: readers add a default UV at the end.
     bool addFaceEdge(int vertex, int uv) {
-        int nv = m_vertices.count();
-        int nuv = m_uvs.getNumValues();
-        if (vertex < 0 || vertex >= nv || uv < 0 || (uv >= nuv && uv != 0)) {
+        if (!cornerInRange(vertex, uv, m_vertices.count(), m_uvs.getNumValues())) {
             m_faceOk = false;
             return false;
         }
@@ -207,6 +212,10 @@ public:
     }
     // Ends the face; false when it was dropped.
     bool finishFace();
+    // A whole face from the indices of its n corners, as startFace, addFaceEdge for each corner and
+    // finishFace add it: -1 when no corner was refused, else the first refused one (the face is
+    // then dropped). A face without corners is not added.
+    int addFace(const int *vertices, const int *uvs, int n);
 
     // Face groups: following faces join every active group.
     int activateFaceGroup(const QString &name);
@@ -252,6 +261,9 @@ private:
         OvPodArray<int> faces;
         bool allFaces = false; // a cut mesh's own group holds every face without listing them
     };
+    static bool cornerInRange(int vertex, int uv, int nv, int nuv) {
+        return vertex >= 0 && vertex < nv && uv >= 0 && (uv < nuv || uv == 0);
+    }
     // Lists the faces of every all-faces group, before faces are added.
     void listAllFacesGroups();
     // Groups are found by name through a hash once there are more than a few.

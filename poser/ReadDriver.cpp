@@ -12,6 +12,7 @@
 #include <QtDebug>
 #include <cstring>
 #include <new>
+#include <text/Numbers.h>
 
 // One handler per parse mode, in mode order. A null entry skips the lines of that section: its
 // reader is not part of this build yet, or (ModeIgnore) the section is skipped on purpose.
@@ -78,13 +79,38 @@ bool OvPZ3Importer::dispatchKeyword(const KeywordRow *table, char **argv, int ar
 
 // ---- the line loop ----
 
+namespace {
+
+// In a section that has no handler only brace lines and readScript lines do anything, so its
+// other lines are not split into tokens: the first character tells, and for readScript the first
+// word. A line that begins with a quote is split, as its first token is what the quote holds.
+bool passOver(const char *p, const char *end) {
+    static const char kScript[] = "readScript";
+    const ptrdiff_t n = sizeof kScript - 1;
+    while (p < end && text::isBlank(*p))
+        ++p;
+    if (p < end && (*p == '{' || *p == '}' || *p == '"'))
+        return false;
+    return !(end - p >= n && std::memcmp(p, kScript, size_t(n)) == 0 &&
+             (end - p == n || text::isBlank(p[n])));
+}
+
+} // namespace
+
 bool OvPZ3Importer::runLineLoop(char **argv) {
     bool carryOn = true;
     do {
         try {
             int argc = 0;
-            if (m_file->getLine(argv, argc))
+            char *begin = nullptr, *end = nullptr;
+            if (m_file->getRawLine(begin, end)) {
                 ++m_file->m_lineNumber;
+                const bool handled = m_parseMode >= 0 && m_parseMode < ModeCount &&
+                                     s_modeHandlers[m_parseMode] &&
+                                     !(m_parseMode == ModeKeys && m_ignoreKeys);
+                if (handled || !passOver(begin, end))
+                    argc = m_file->tokenize(begin, end, argv);
+            }
             if (argc > 0)
                 carryOn = handleLine(argv, argc);
         } catch (const QString &message) {

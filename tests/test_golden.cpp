@@ -1,13 +1,18 @@
 // Whole imports through the command-line host. The host loads the plug-in module exactly as the
 // desktop host would, so these cover the shell, the importers and the dump together: a few scenes
 // are compared with checked-in dumps (UPDATE_GOLDEN=1 rewrites them instead), and OBJ imports are
-// checked by a summary of their JSON.
+// checked by a summary of their JSON. The dumps of a scene too deep for a recursion are measured
+// in the test process.
+#include <OvApp.h>
+#include <OvNode.h>
+#include <OvScene.h>
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <SceneDump.h>
 #include <gtest/gtest.h>
 
 namespace {
@@ -139,6 +144,37 @@ TEST(GoldenHost, FailuresAndUsageErrorsAreReportedOnStderr) {
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_TRUE(run.out.isEmpty());
     EXPECT_TRUE(run.err.contains("the importer has no option Bogus")) << run.err.toStdString();
+}
+
+// Counts the bytes written to it.
+struct ByteCounter : QIODevice {
+    ByteCounter() { open(QIODevice::WriteOnly); }
+    qint64 readData(char *, qint64) override { return -1; }
+    qint64 writeData(const char *, qint64 n) override { return bytes += n, n; }
+    qint64 bytes = 0;
+};
+
+// A parent chain far deeper than a recursion could follow: both dumps walk it with a stack of their
+// own, and neither indents without end, so their size grows linearly with the depth.
+TEST(SceneDump, DeepParentChainsDumpInLinearSize) {
+    auto dumpSizes = [](int depth) {
+        OvApp::reset();
+        OvNode *parent = new OvNode;
+        OvApp::getScene()->addNode(parent);
+        for (int i = 1; i < depth; ++i, parent = parent->getNodeChild(0))
+            parent->addNodeChild(new OvNode, false);
+        ByteCounter json, tree;
+        writeSceneJson(json, *OvApp::getScene(), ImportReport());
+        QTextStream out(&tree);
+        writeSceneTree(out, *OvApp::getScene());
+        out.flush();
+        return std::pair{json.bytes, tree.bytes};
+    };
+    const auto [json, tree] = dumpSizes(1000);
+    const auto [deepJson, deepTree] = dumpSizes(100000);
+    OvApp::reset();
+    EXPECT_NEAR(double(deepJson) / double(json), 100.0, 3.0);
+    EXPECT_NEAR(double(deepTree) / double(tree), 100.0, 3.0);
 }
 
 } // namespace

@@ -1,9 +1,13 @@
 #include "Numbers.h"
+#include "NumberScan.h"
 
 #include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstdint>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace {
 
@@ -84,42 +88,6 @@ float parseWithExponents(const char *s, const char *firstMark, const char *end) 
     return finish(head, exponentOf(inner));
 }
 
-// Without an exponent mark, and while the digits read so far stay below this, every step of the
-// accumulation (v x 10, then + digit) is exact in single precision (the result is at most 2^24),
-// so an integer can stand in for v.
-const uint32_t kExactLimit = ((uint32_t(1) << 24) - 9) / 10;
-
-// The usual case: digits, dots and signs only, and few enough digits that the integer stays exact.
-// False for anything else; the general path then starts over from the first character.
-inline bool readPlain(const char *p, Mantissa &m) {
-    uint32_t n = 0;
-    long long fraction = 0;
-    bool dot = false, negative = false;
-    for (;; ++p) {
-        unsigned char c = static_cast<unsigned char>(*p);
-        unsigned d = unsigned(c) - '0';
-        if (d < 10) {
-            if (n > kExactLimit)
-                return false;
-            n = n * 10 + d;
-            fraction += dot;
-        } else if (c == '.') {
-            dot = true;
-        } else if (c == '-') {
-            negative = true;
-        } else if (c == '\0') {
-            break;
-        } else if (c != '+') {
-            return false;
-        }
-    }
-    m.v = float(n);
-    m.negative = negative;
-    m.dot = dot;
-    m.fraction = fraction;
-    return true;
-}
-
 float parseGeneral(const char *s) {
     Mantissa m;
     const char *p = s;
@@ -153,65 +121,116 @@ float parseGeneral(const char *s) {
 float parsePoserFloat(const char *s) {
     if (!s || !*s)
         return 0.0f;
-    Mantissa m;
-    return readPlain(s, m) ? finish(m, 0) : parseGeneral(s);
+    float v = 0.0f, out = 0.0f;
+    int32_t divisions = 0;
+    const char *end = text::scanToken(s, v, divisions);
+    if (!end || *end != '\0')
+        return parseGeneral(s);
+    text::finishFloats(&v, &divisions, 1, &out);
+    return out;
 }
-
-namespace {
-
-const int kMaxBatch = 4;
-
-// After this many divisions by 10 any value of readPlain (at most 2^24) has become 0, and stays 0,
-// so longer fractions can stop there.
-const long long kMaxDivisions = 64;
-
-// The fractional divisions form one chain of dependent divisions per number; running the chains of
-// a line side by side lets them overlap instead of waiting on each other.
-template <int N> void parseBatch(const char *const *tokens, float *out) {
-    float v[N];
-    long long divisions[N];
-    long long steps = 0;
-    for (int j = 0; j < N; ++j) {
-        const char *s = tokens[j];
-        Mantissa m;
-        if (s && *s && readPlain(s, m)) {
-            v[j] = m.negative ? -m.v : m.v;
-            divisions[j] = m.dot ? std::min(m.fraction, kMaxDivisions) : 0;
-        } else {
-            v[j] = s && *s ? parseGeneral(s) : 0.0f;
-            divisions[j] = 0;
-        }
-        steps = std::max(steps, divisions[j]);
-    }
-    for (long long i = 0; i < steps; ++i)
-        for (int j = 0; j < N; ++j)
-            if (i < divisions[j])
-                v[j] = v[j] / 10.0f;
-    for (int j = 0; j < N; ++j)
-        out[j] = v[j];
-}
-
-} // namespace
 
 void parsePoserFloats(const char *const *tokens, int count, float *out) {
-    for (; count >= kMaxBatch; count -= kMaxBatch, tokens += kMaxBatch, out += kMaxBatch)
-        parseBatch<kMaxBatch>(tokens, out);
-    switch (count) {
-    case 3:
-        parseBatch<3>(tokens, out);
-        break;
-    case 2:
-        parseBatch<2>(tokens, out);
-        break;
-    case 1:
-        parseBatch<1>(tokens, out);
-        break;
-    default:
-        break;
+    const int kGroup = 16;
+    float values[kGroup];
+    int32_t divisions[kGroup];
+    for (; count > 0; count -= kGroup, tokens += kGroup, out += kGroup) {
+        const int n = count < kGroup ? count : kGroup;
+        for (int i = 0; i < n; ++i) {
+            const char *s = tokens[i];
+            const char *end = s && *s ? text::scanToken(s, values[i], divisions[i]) : nullptr;
+            if (!end || *end != '\0') {
+                values[i] = s && *s ? parseGeneral(s) : 0.0f;
+                divisions[i] = 0;
+            }
+        }
+        text::finishFloats(values, divisions, n, out);
     }
 }
 
 namespace text {
+
+namespace {
+
+#if defined(__SSE2__)
+// kLanes numbers, four to a vector: each step divides every lane that still has divisions to take.
+// The vectors' chains of dependent divisions overlap, and each division serves four numbers.
+constexpr int kVectors = 3, kLanes = 4 * kVectors;
+
+void finishGroup(const float *values, const int32_t *divisions, float *out) {
+    __m128 v[kVectors];
+    __m128i left[kVectors];
+    int32_t fewest = divisions[0], most = divisions[0];
+    for (int i = 1; i < kLanes; ++i) {
+        fewest = divisions[i] < fewest ? divisions[i] : fewest;
+        most = divisions[i] > most ? divisions[i] : most;
+    }
+    for (int j = 0; j < kVectors; ++j) {
+        v[j] = _mm_loadu_ps(values + 4 * j);
+        left[j] = _mm_loadu_si128(reinterpret_cast<const __m128i *>(divisions + 4 * j));
+    }
+    const __m128 ten = _mm_set1_ps(10.0f);
+    int32_t i = 0;
+    for (; i < fewest; ++i) // every lane: the usual case, numbers of a file share their decimals
+        for (int j = 0; j < kVectors; ++j)
+            v[j] = _mm_div_ps(v[j], ten);
+    for (; i < most; ++i) {
+        const __m128i step = _mm_set1_epi32(i);
+        for (int j = 0; j < kVectors; ++j) {
+            const __m128 take = _mm_castsi128_ps(_mm_cmpgt_epi32(left[j], step));
+            const __m128 q = _mm_div_ps(v[j], ten);
+            v[j] = _mm_or_ps(_mm_and_ps(take, q), _mm_andnot_ps(take, v[j]));
+        }
+    }
+    for (int j = 0; j < kVectors; ++j)
+        _mm_storeu_ps(out + 4 * j, v[j]);
+}
+#endif
+
+} // namespace
+
+void finishFloats(const float *values, const int32_t *divisions, int count, float *out) {
+#if defined(__SSE2__)
+    for (; count >= kLanes; count -= kLanes, values += kLanes, divisions += kLanes, out += kLanes)
+        finishGroup(values, divisions, out);
+    if (count > 4) { // a short group, padded with numbers that take no step
+        float paddedValues[kLanes] = {}, result[kLanes];
+        int32_t paddedDivisions[kLanes] = {};
+        std::copy(values, values + count, paddedValues);
+        std::copy(divisions, divisions + count, paddedDivisions);
+        finishGroup(paddedValues, paddedDivisions, result);
+        std::copy(result, result + count, out);
+        return;
+    }
+#endif
+    for (int i = 0; i < count; ++i) {
+        float v = values[i];
+        for (int32_t k = 0; k < divisions[i]; ++k)
+            v = v / 10.0f;
+        out[i] = v;
+    }
+}
+
+float digitSteps(const char *begin, const char *end) {
+    float v = 0.0f;
+    for (const char *p = begin; p < end; ++p)
+        if (*p != '.') {
+            v = v * 10.0f;
+            v = v + float(*p - '0');
+        }
+    return v;
+}
+
+bool isPoserNumber(const char *s) {
+    bool digit = false;
+    for (; *s && !isExponentMark(*s); ++s) {
+        if (*s >= '0' && *s <= '9')
+            digit = true;
+        else if (*s != '-' && *s != '+' && *s != '.')
+            return false;
+    }
+    return digit;
+}
 
 int leadingInt(const char *s) {
     while (*s == ' ' || *s == '\t' || *s == '\n' || *s == '\r' || *s == '\v' || *s == '\f')
