@@ -24,10 +24,10 @@ inline void checkImportedScene(const char *target, unsigned result) {
     }
     QBuffer sink;
     sink.open(QIODevice::WriteOnly);
-    QTextStream out(&sink);
     ImportReport report;
     report.result = result;
-    writeSceneJson(out, scene, report);
+    writeSceneJson(sink, scene, report);
+    QTextStream out(&sink);
     writeSceneTree(out, scene);
     out.flush();
     if (sink.size() == 0) {
