@@ -18,7 +18,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-double seconds(Clock::time_point a, Clock::time_point b) { return std::chrono::duration<double>(b - a).count(); }
+double seconds(Clock::time_point a, Clock::time_point b) {
+    return std::chrono::duration<double>(b - a).count();
+}
 
 // Reads the file in reused 256 KiB pieces and counts newlines.
 long long floorRead(const char *path, long long &bytes) {
@@ -33,8 +35,8 @@ long long floorRead(const char *path, long long &bytes) {
         if (n <= 0)
             break;
         bytes += n;
-        for (const char *p = buf.data(), *e = p + n; (p = static_cast<const char *>(memchr(p, '\n', size_t(e - p))));
-             ++p)
+        for (const char *p = buf.data(), *e = p + n;
+             (p = static_cast<const char *>(memchr(p, '\n', size_t(e - p)))); ++p)
             ++lines;
     }
     ::close(fd);
@@ -88,8 +90,8 @@ int main(int argc, char **argv) {
         OvPZ3Importer importer;
         result = importer.read(QString::fromLocal8Bit(path), OvFileIOSettings());
     });
-    std::printf("file %s: %.1f MB, %lld lines; best of %d runs; read result %u, %d log lines\n", path, mb, lines,
-                runs, result, int(OvApp::log().size()));
+    std::printf("file %s: %.1f MB, %lld lines; best of %d runs; read result %u, %d log lines\n", path, mb,
+                lines, runs, result, int(OvApp::log().size()));
     std::printf("%-26s %10s %10s %12s %9s\n", "stage", "seconds", "MB/s", "lines/s", "vs floor");
     auto row = [&](const char *name, double t) {
         std::printf("%-26s %10.4f %10.1f %12.0f %8.1fx\n", name, t, mb / t, double(lines) / t, t / tFloor);

@@ -22,8 +22,9 @@ bool PluginHost::load(const QString &path, QString *error) {
     auto version = reinterpret_cast<OvGetSDKVersionFn>(dlsym(m_handle, "getSDKVersion"));
     auto definition = reinterpret_cast<OvGetPluginDefinitionFn>(dlsym(m_handle, "getPluginDefinition"));
     if (!version || !definition) {
-        *error = QStringLiteral("%1 is not an importer plug-in: getSDKVersion or getPluginDefinition is missing")
-                     .arg(path);
+        *error =
+            QStringLiteral("%1 is not an importer plug-in: getSDKVersion or getPluginDefinition is missing")
+                .arg(path);
         return false;
     }
     m_sdkVersion = version();
@@ -89,7 +90,8 @@ static bool applyOption(OvFileIOSettings &settings, const QString &assignment, Q
     }
     if (def.typeId() == QMetaType::Bool) {
         QString t = text.toLower();
-        if (t == QLatin1String("true") || t == QLatin1String("1") || t == QLatin1String("yes") || t == QLatin1String("on"))
+        if (t == QLatin1String("true") || t == QLatin1String("1") || t == QLatin1String("yes") ||
+            t == QLatin1String("on"))
             settings.setBoolValue(key, true);
         else if (t == QLatin1String("false") || t == QLatin1String("0") || t == QLatin1String("no") ||
                  t == QLatin1String("off"))

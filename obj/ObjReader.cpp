@@ -426,18 +426,19 @@ void ObjLines::finish(const QString &shortName) {
                 .arg(shortName),
             -1);
     if (m_badVertexLines.count > 0)
-        m_importer.reportObjError(OvObjImporter::tr("%1 vertex line(s) of %2 with missing or non-numeric "
-                                                    "coordinates, read as 0; the first")
-                                      .arg(m_badVertexLines.count)
-                                      .arg(shortName),
-                                  m_badVertexLines.first);
+        m_importer.reportObjError(
+            OvObjImporter::tr("%1 vertex line(s) with missing or non-numeric coordinates "
+                              "read as 0 in %2, the first")
+                .arg(m_badVertexLines.count)
+                .arg(shortName),
+            m_badVertexLines.first);
     if (m_cutLines.count > 0)
         m_importer.reportObjError(
-            OvObjImporter::tr("%1 line(s) of %2 with more than %3 words kept only their "
-                              "first %3 (a face its first %4 corners); the first")
+            OvObjImporter::tr("%1 line(s) with more than %2 words lost the rest in %3 (a "
+                              "face keeps its first %4 corners), the first")
                 .arg(m_cutLines.count)
-                .arg(shortName)
                 .arg(OvTextInputFile::MaxTokens)
+                .arg(shortName)
                 .arg(OvTextInputFile::MaxTokens - 1),
             m_cutLines.first);
     try {

@@ -77,10 +77,10 @@ unsigned int OvObjImporter::readShape(const QString &fileName, OvShape **shape,
     if (shape && *shape)
         (*shape)->setName(OvFileIO::getBaseFileName(fileName));
     if (file.truncatedLines() > 0)
-        reportObjError(tr("%1 line(s) of %2 longer than %3 MB were cut; the first")
+        reportObjError(tr("%1 line(s) longer than %2 MB were cut in %3, the first")
                            .arg(file.truncatedLines())
-                           .arg(OvFileIO::getShortFileName(fileName))
-                           .arg(OvTextInputFile::MaxLineLength >> 20),
+                           .arg(OvTextInputFile::MaxLineLength >> 20)
+                           .arg(OvFileIO::getShortFileName(fileName)),
                        file.firstTruncatedLine());
     // What was read stays in the shape, but the caller learns that the file was not read whole.
     const bool damaged = file.hasError();

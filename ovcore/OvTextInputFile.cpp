@@ -290,7 +290,7 @@ bool OvTextInputFile::skipLongLineRest() {
     return true;
 }
 
-bool OvTextInputFile::atEnd() {
+bool OvTextInputFile::atEndOfData() {
     if (m_begin < m_end && !m_skipping)
         return false;
     if (!m_open)
@@ -343,7 +343,8 @@ bool OvTextInputFile::getLine(char **argv, int &argc) {
     return true;
 }
 
-bool OvTextInputFile::getRawLine(char *&begin, char *&end) {
+// The line when it is not whole in the buffer yet, or cut at MaxLineLength.
+bool OvTextInputFile::readRawLine(char *&begin, char *&end) {
     if (atEnd())
         return false;
     ++m_lines;

@@ -9,6 +9,7 @@
 
 #include <QString>
 #include <cstddef>
+#include <cstring>
 
 class OvTextInputFile {
 public:
@@ -46,10 +47,23 @@ public:
     bool getLine(char **argv, int &argc);
     // The next line as it stands in the buffer, [begin, end) without its end-of-line, for readers that
     // parse in place; valid until the next read. The byte at `end` may be overwritten.
-    bool getRawLine(char *&begin, char *&end);
+    bool getRawLine(char *&begin, char *&end) {
+        // Inline while the whole line is in the buffer: readers call this for millions of short lines.
+        if (m_begin < m_end && !m_skipping) {
+            char *line = m_buf + m_begin;
+            if (char *eol = static_cast<char *>(std::memchr(line, m_eol, m_end - m_begin))) {
+                ++m_lines;
+                begin = line;
+                end = eol;
+                m_begin = size_t(eol - m_buf) + 1;
+                return true;
+            }
+        }
+        return readRawLine(begin, end);
+    }
     // Splits a line from getRawLine as getLine does; returns the token count.
     int tokenize(char *begin, char *end, char **argv);
-    bool atEnd();
+    bool atEnd() { return m_begin < m_end && !m_skipping ? false : atEndOfData(); }
     void close();
     QString name() const { return m_name; }
     bool isCompressed() const { return m_compressed; }
@@ -67,6 +81,8 @@ public:
     qint64 bytesRead() const { return m_bytesRead; }
 
 private:
+    bool readRawLine(char *&begin, char *&end);
+    bool atEndOfData();
     bool fillMore();
     long readRaw(char *dst, size_t n);
     bool skipLongLineRest();

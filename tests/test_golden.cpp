@@ -12,7 +12,10 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <JsonWriter.h>
 #include <SceneDump.h>
+#include <cmath>
+#include <random>
 #include <gtest/gtest.h>
 
 namespace {
@@ -144,6 +147,20 @@ TEST(GoldenHost, FailuresAndUsageErrorsAreReportedOnStderr) {
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_TRUE(run.out.isEmpty());
     EXPECT_TRUE(run.err.contains("the importer has no option Bogus")) << run.err.toStdString();
+}
+
+// Floats are written as printf's %.9g writes them, ties of the rounding to nine digits included
+// (floats of few significant bits hold them); bench/float_text_identity compares 10^8 more.
+TEST(SceneDump, FloatsAreWrittenAsPrintfWritesThem) {
+    std::mt19937 rng(5);
+    for (int i = 0; i < 200000; ++i) {
+        const float v = i % 2 ? std::ldexp(float(1 + rng() % 4095), int(rng() % 265) - 149)
+                              : float(int(rng() % 2000001) - 1000000) / 1e4f * 243.84f;
+        char want[64];
+        std::snprintf(want, sizeof want, "%.9g", double(v));
+        ASSERT_EQ(JsonWriter::formatFloat(v).toStdString(), v == 0.0f ? "0" : want);
+    }
+    EXPECT_EQ(JsonWriter::formatFloat(std::ldexp(1.0f, -13)), "0.000122070312");
 }
 
 // Counts the bytes written to it.

@@ -1,5 +1,7 @@
 // The OBJ reader on small files written for each case: face corner forms, groups, materials, the
-// options, naming, continuation lines, and input that refers to nothing or is not OBJ at all.
+// options, naming, continuation lines, lines read only in part, and input that refers to nothing or
+// is not OBJ at all. Every case runs three ways: every line by the general path, lines of the usual
+// forms by the fast path, and the fast path with a tiny chunk, so that lines cross chunk edges.
 #include "ImportTest.h"
 #include "support/SceneInvariants.h"
 
@@ -7,6 +9,7 @@
 #include <OvShape.h>
 #include <OvTextInputFile.h>
 #include <memory>
+#include <obj/ObjParse.h>
 #include <obj/OvObjImporter.h>
 #include <random>
 #include <string>
@@ -46,8 +49,24 @@ std::vector<float> uvs(const OvPolyMesh *m) {
     return v;
 }
 
-class ObjReader : public ImportTest {
+struct ReadMode {
+    const char *name;
+    obj::ReadTuning tuning;
+};
+const ReadMode kModes[] = {{"General", {false, 0}}, {"Fast", {true, 0}}, {"FastTinyChunks", {true, 16}}};
+
+class ObjReader : public ImportTest, public ::testing::WithParamInterface<ReadMode> {
 protected:
+    void SetUp() override {
+        ImportTest::SetUp();
+        obj::readTuning() = GetParam().tuning;
+    }
+    void TearDown() override {
+        obj::readTuning() = obj::ReadTuning();
+        ImportTest::TearDown();
+    }
+    bool fast() const { return GetParam().tuning.fastPaths; }
+
     // Reads `text` written to a file called `name` (an empty mesh when that fails); the result code
     // goes to `result`.
     const OvPolyMesh *import(const QByteArray &text, const OvFileIOSettings &settings = OvFileIOSettings(),
@@ -80,7 +99,7 @@ protected:
     unsigned result = ~0u;
 };
 
-TEST_F(ObjReader, FaceCornerFormsAndFacesThatReferToNothing) {
+TEST_P(ObjReader, FaceCornerFormsAndFacesThatReferToNothing) {
     QByteArray text = "v 0 0 0\nv 1 0 0\nv 0 1 0\nvt 0 0\nvt 1 0\nvt 0 1\n"
                       "f 1/2/3 2/3/1 3/1/2\nf 1/2 2/3 3/1\nf 1//3 2//1 3//2\nf 1 2 3\n" // 7-10
                       "f -3/-1 -2/-2 -1/-3\n" // 11: counted back from what was read so far
@@ -119,7 +138,7 @@ TEST_F(ObjReader, FaceCornerFormsAndFacesThatReferToNothing) {
 
 // A backslash continues a face on the next line; a chunk size of one byte moves the buffer under the
 // face's tokens. Inline geometry in a Poser file ends at a '}' line and leaves the rest to the caller.
-TEST_F(ObjReader, ContinuationLinesAndTheClosingBrace) {
+TEST_P(ObjReader, ContinuationLinesAndTheClosingBrace) {
     OvTextInputFile input(file("inline.txt", "v 0 0 0\nv 1 0 0\nv 1 1 0\nf 1 77 \\\n2 3 3 3 3 3 3 3 3 3 3 3\n"
                                              "f 1 2 \\\n3\n}\nafter 1\n"),
                           false, true);
@@ -139,7 +158,7 @@ TEST_F(ObjReader, ContinuationLinesAndTheClosingBrace) {
     EXPECT_STREQ(argv[0], "after");
 }
 
-TEST_F(ObjReader, GroupsMaterialsAndTheirLibrary) {
+TEST_P(ObjReader, GroupsMaterialsAndTheirLibrary) {
     const QByteArray text = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nv 5 5 5\n"
                             "g a b\nf 1 2 3\ng\nf 1 3 4\ng b c\nf 4 3 5\ngx c\nf 5 4 3\n"; // gx is a g line
     for (bool on : {true, false}) {
@@ -185,10 +204,10 @@ TEST_F(ObjReader, GroupsMaterialsAndTheirLibrary) {
     EXPECT_EQ(result, 0x200u);
 }
 
-// Positions are scaled (by default to Poser units) and may be turned Z up. Runs of positions longer
-// than one 256-vertex block keep their order, also when the mesh arrays outgrow the heap (2 MB and
-// more); a face line longer than the token array keeps its first tokens.
-TEST_F(ObjReader, ScaleSwapLongVertexRunsAndLongFaceLines) {
+// Positions are scaled (by default to Poser units) and may be turned Z up. Long runs of positions
+// keep their order, also when the mesh arrays outgrow the heap (2 MB and more). A face longer than
+// the token array is read whole by the fast path; the general path keeps its first 255 corners.
+TEST_P(ObjReader, ScaleSwapLongVertexRunsAndLongFaceLines) {
     // The default scale; a line with two numbers gives (0, 0, 0), a fourth number is ignored.
     const float u = 243.84f;
     EXPECT_EQ(vertices(import("v 1 2 3\nv 1 2\nv 1 2 3 4\n")),
@@ -211,12 +230,17 @@ TEST_F(ObjReader, ScaleSwapLongVertexRunsAndLongFaceLines) {
     EXPECT_EQ(vertices(m), written);
     ASSERT_EQ(m->getNumFaces(), 3);
     EXPECT_EQ(faces(m).substr(0, 34), " 0/0 699/0 699/0 | 199999/0 700/0 ");
-    EXPECT_EQ(m->getFaceSize(2), 255);
+    EXPECT_EQ(m->getFaceSize(2), fast() ? 299 : 255);
+    EXPECT_EQ(
+        logText().contains("error: 1 line(s) with more than 256 words lost the rest in model.obj (a face "
+                           "keeps its first 255 corners), the first on line 200003 in OvObjImporter"),
+        !fast());
 }
 
 // A compressed file keeps ".obz" in its mesh name; plain text under that extension does not open,
-// nor does a missing file, and neither says anything.
-TEST_F(ObjReader, CompressedFilesAndFilesThatDoNotOpen) {
+// nor does a missing file, and neither says anything. One that ends too early is read as far as it
+// goes.
+TEST_P(ObjReader, CompressedFilesAndFilesThatDoNotOpen) {
     const QByteArray text = "v 0 0 0\nv 1 0 0\nv 0 1 0\nvt 0.5 0.5\nf 1/1 2/1 3/1\n";
     const OvPolyMesh *m = import(text, OvFileIOSettings(), QStringLiteral("model.obz"));
     EXPECT_EQ(result, 0u);
@@ -227,15 +251,66 @@ TEST_F(ObjReader, CompressedFilesAndFilesThatDoNotOpen) {
     EXPECT_EQ(importer.readShape(dir.filePath("missing.obj"), &raw, OvFileIOSettings()), 0x200u);
     EXPECT_EQ(raw, nullptr);
     EXPECT_TRUE(OvApp::log().isEmpty()) << logText().toStdString();
+
+    // Cut short: 0x200 and why, and the faces read so far refer only to what was read before them.
+    QByteArray many;
+    for (int i = 0; i < 5000; ++i)
+        many +=
+            "v " + QByteArray::number(i) + " 0 0\nvt 0 1\nf -1/-1 1/1 " + QByteArray::number(i + 1) + "\n";
+    const QByteArray packed = gzipBytes(many);
+    const QString cut = file("cut.obz", packed.left(packed.size() / 2));
+    EXPECT_EQ(importer.readShape(cut, &raw, OvFileIOSettings()), 0x200u);
+    shape.reset(raw);
+    ASSERT_TRUE(raw);
+    EXPECT_EQ(checkShapeInvariants(*shape).join('\n').toStdString(), "");
+    const int faceCount = static_cast<OvPolyShape *>(raw)->getPolyMesh()->getNumFaces();
+    EXPECT_TRUE(faceCount > 100 && faceCount < 5000) << faceCount;
+    EXPECT_TRUE(
+        logText().endsWith("error: Could not read all of " + cut + ": the compressed data ends too early"))
+        << logText().toStdString();
 }
 
-// Whatever the bytes, the reader finishes and leaves a sound mesh.
-TEST_F(ObjReader, GarbageInputLeavesASoundMesh) {
+// Lines read in part are reported once per file, with how many there were and the first: vertex
+// lines without three numbers, lines of more words than the token array holds and lines longer than
+// the line reader keeps (the rest of such a line is skipped, the next line read).
+TEST_P(ObjReader, LinesReadInPartAreCountedAndReported) {
+    QByteArray names = "g", longLine = "v 1 2 3";
+    for (int i = 0; i < 300; ++i)
+        names += " g" + QByteArray::number(i);
+    longLine += QByteArray(" 4").repeated(int(OvTextInputFile::MaxLineLength / 2));
+    const OvPolyMesh *m = import("v 1 2\nv 1 x 3\nv 4 5 6\nv 1e 2 +\n" + names + "\nv 0 0 0\nf 1 2 3\n" +
+                                     longLine + "\nv 7 8 9\n",
+                                 option(ObjOption::Scale, 1.0f));
+    EXPECT_EQ(vertices(m),
+              std::vector<float>({0, 0, 0, 1, 0, 3, 4, 5, 6, 1, 2, 0, 0, 0, 0, 1, 2, 3, 7, 8, 9}));
+    EXPECT_EQ(m->getNumFaceGroups(), 255);
+    EXPECT_EQ(logText(),
+              "error: 3 vertex line(s) with missing or non-numeric coordinates read as 0 in model.obj, "
+              "the first on line 1 in OvObjImporter\n"
+              "error: 2 line(s) with more than 256 words lost the rest in model.obj (a face keeps its "
+              "first 255 corners), the first on line 5 in OvObjImporter\n"
+              "error: 1 line(s) longer than 16 MB were cut in model.obj, the first on line 8 in "
+              "OvObjImporter");
+}
+
+// Whatever the bytes, the reader finishes and leaves a sound mesh, and the fast path reads what
+// the general path reads.
+TEST_P(ObjReader, GarbageInputLeavesASoundMeshAndBothPathsAgree) {
     std::mt19937 rng(7);
     const QList<QByteArray> words =
         QByteArray("v|vt|f|g|usemtl|mtllib|}|\\|1|-1|0|2|3/1|1//2|-2/-1|9/9/9|1e9|-0.5|x|#|\n|"
-                   "\n|\r\n|\t|4/|5/|vtx|99999999999|")
+                   "\n|\r\n|\t|4/|5/|vtx|99999999999|1.5.|\"2|vn|")
             .split('|'); // the last word is empty: a NUL
+    auto read = [this](const QByteArray &text, bool swap, const obj::ReadTuning &tuning) {
+        OvApp::clearLog();
+        obj::readTuning() = tuning;
+        const OvPolyMesh *m = import(text, option(ObjOption::SwapYZ, swap));
+        EXPECT_EQ(result, 0u);
+        EXPECT_GE(m->getUVs()->getNumValues(), 1);
+        std::vector<float> v = vertices(m), t = uvs(m);
+        return faces(m) + logText().toStdString() + std::string((const char *)v.data(), v.size() * 4) +
+               std::string((const char *)t.data(), t.size() * 4);
+    };
     for (int round = 0; round < 60; ++round) {
         QByteArray text;
         for (int i = 0; i < 3000; ++i) {
@@ -244,10 +319,11 @@ TEST_F(ObjReader, GarbageInputLeavesASoundMesh) {
             text += round % 3 && rng() % 4 ? " " : "";
         }
         SCOPED_TRACE(round);
-        const OvPolyMesh *m = import(text, option(ObjOption::SwapYZ, round % 2 == 1));
-        EXPECT_EQ(result, 0u);
-        EXPECT_GE(m->getUVs()->getNumValues(), 1);
+        EXPECT_EQ(read(text, round % 2, GetParam().tuning), read(text, round % 2, {false, 0}));
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(Paths, ObjReader, ::testing::ValuesIn(kModes),
+                         [](const ::testing::TestParamInfo<ReadMode> &info) { return info.param.name; });
 
 } // namespace

@@ -9,13 +9,16 @@ namespace {
 using PoserDriver = PoserTest;
 
 TEST_F(PoserDriver, SectionsNestAndCloseAndEveryReadStartsAfresh) {
-    // The actor's channels are skipped whole, braces and a version section included; the stray
-    // '}' on line 2 is reported and changes nothing, so the last version section is read at the top.
+    // The actor's channels are skipped whole, braces and a version section included, but for an
+    // include (readScript) and a brace in quotes; the stray '}' on line 2 is reported and changes
+    // nothing, so the last version section is read at the top.
     EXPECT_TRUE(readOk("a.pz3",
-                       "* comment\n}\n\n   \nactor hip:1\n{\nchannels\n{\nxrot x\n{\nk 1 2\n}\nversion\n{\n"
-                       "number 9\n}\n}\n}\nversion\n{\nnumber\n}\nversion\n{\nnumber 3.5\n}\n"));
+                       "* comment\n}\n\n   \nactor hip:1\n{\nchannels\n{\nxrot x\n{\nk 1 2\n\t readScript\n"
+                       "readScripts x\n\"{\" q\n}\n}\nversion\n{\nnumber 9\n}\n}\n}\nversion\n{\nnumber\n}\n"
+                       "version\n{\nnumber 3.5\n}\n"));
     EXPECT_EQ(logText(), QStringLiteral("info: Unexpected '}' found in file on line 2 in %1\n"
-                                        "error: No version number specified on line 21 in %1")
+                                        "error: No script name was specified on line 12 in %1\n"
+                                        "error: No version number specified on line 25 in %1")
                              .arg(path));
     EXPECT_EQ(importer.version(), 3.5f);
     EXPECT_TRUE(readOk("b.pp2", "* only\n\n*comments\n"));

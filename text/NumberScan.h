@@ -15,13 +15,21 @@
 
 namespace text {
 
+// The scanners run for every number of a file: inlined into the reader's loops, whatever the
+// compiler's own estimate.
+#if defined(__GNUC__)
+#define OV_SCAN_INLINE inline __attribute__((always_inline))
+#else
+#define OV_SCAN_INLINE inline
+#endif
+
 // The shortest line (with its final blank) the scanners take; shorter ones are copied first.
 constexpr ptrdiff_t kMinScanBytes = 8;
 
 namespace swar {
 
 // The eight characters from p, the first in the low byte, with those past `last` read as 0.
-inline uint64_t load8(const char *p, const char *last) {
+OV_SCAN_INLINE uint64_t load8(const char *p, const char *last) {
     const char *from = last - p >= 7 ? p : last - 7;
 #if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
     uint64_t x;
@@ -35,7 +43,7 @@ inline uint64_t load8(const char *p, const char *last) {
 }
 
 // How many of the characters of x, from the first, are digits (0 to 8).
-inline int digitRun(uint64_t x) {
+OV_SCAN_INLINE int digitRun(uint64_t x) {
     const uint64_t high = 0xF0F0F0F0F0F0F0F0u, three = 0x3030303030303030u;
     // Zero bytes where the high half is 3, and where the low half is at most 9. A carry out of a
     // byte (0xFA and above) only disturbs the bytes after it, which lie beyond that non-digit.
@@ -45,7 +53,7 @@ inline int digitRun(uint64_t x) {
 
 // The value of the first `run` (1 to 8) digit characters of x: pairs of digits, then pairs of
 // pairs, then the two halves, each level with one multiplication (a x 10 + b in each pair).
-inline uint32_t digitsValue(uint64_t x, int run) {
+OV_SCAN_INLINE uint32_t digitsValue(uint64_t x, int run) {
     x = (x << (8 * (8 - run))) & 0x0F0F0F0F0F0F0F0Fu; // the digits last, zeros before them
     x = ((x * (10 * 256 + 1)) >> 8) & 0x00FF00FF00FF00FFu;
     x = ((x * (100 * 65536 + 1)) >> 16) & 0x0000FFFF0000FFFFu;
@@ -56,7 +64,7 @@ constexpr uint64_t kPow10[9] = {1, 10, 100, 1000, 10000, 100000, 1000000, 100000
 
 } // namespace swar
 
-inline unsigned digitOf(char c) {
+OV_SCAN_INLINE unsigned digitOf(char c) {
     return unsigned(static_cast<unsigned char>(c)) - '0';
 }
 
@@ -64,7 +72,7 @@ inline unsigned digitOf(char c) {
 // blank, and returns the position of that blank; null for any other text. `value` receives the
 // digits as the grammar accumulates them, with the sign; each of the `divisions` digits after the
 // dot still divides it by 10 (finishFloats).
-inline const char *scanPlainFloat(const char *p, const char *last, float &value, int32_t &divisions) {
+OV_SCAN_INLINE const char *scanPlainFloat(const char *p, const char *last, float &value, int32_t &divisions) {
     const bool negative = *p == '-';
     p += negative | (*p == '+');
     const char *const first = p;
@@ -108,7 +116,8 @@ inline const char *scanToken(const char *s, float &value, int32_t &divisions) {
 
 // readCorner (Numbers.h) of the corner at p, with the same results and the same null for other
 // forms; returns where reading stopped.
-inline const char *scanCorner(const char *p, const char *last, int &vertex, bool &hasTex, int &texIndex) {
+OV_SCAN_INLINE const char *scanCorner(const char *p, const char *last, int &vertex, bool &hasTex,
+                                      int &texIndex) {
     const char *const corner = p;
     bool longNumber = false;
     auto number = [&](int &out) {
