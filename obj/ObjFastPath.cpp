@@ -25,7 +25,7 @@ bool ObjLines::fastLine(char *begin, char *end) {
     char padded[text::kMinScanBytes] = {};
     if (end - begin + 1 < text::kMinScanBytes) { // the scanners read eight bytes up to the end
         std::memcpy(padded, begin, size_t(end - begin));
-        end = padded + (end - begin);
+        end = padded + text::kMinScanBytes - 1; // the NULs after the copy are blanks
         begin = padded;
     }
     const char *p = begin;
