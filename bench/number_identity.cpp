@@ -140,7 +140,7 @@ void scanLine(const std::string &line, int count, float *values, int32_t *divisi
     const char *p = line.c_str(), *end = p + line.size();
     if (end - p + 1 < text::kMinScanBytes) {
         std::memcpy(padded, p, line.size());
-        end = padded + line.size();
+        end = padded + text::kMinScanBytes - 1; // the NULs after the copy are blanks
         p = padded;
     }
     ++p; // the keyword

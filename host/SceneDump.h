@@ -13,5 +13,7 @@ struct ImportReport {
     bool includeMeshData = true; // full vertex, UV, face and group lists in the JSON
 };
 
+// The JSON goes to `out` as bytes; the text-stream form writes to the stream's device (or string).
 void writeSceneJson(QIODevice &out, const OvScene &scene, const ImportReport &report);
+void writeSceneJson(QTextStream &out, const OvScene &scene, const ImportReport &report);
 void writeSceneTree(QTextStream &out, const OvScene &scene);

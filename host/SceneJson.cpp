@@ -14,6 +14,7 @@
 #include <OvScene.h>
 #include <OvShape.h>
 #include <OvSkeleton.h>
+#include <QBuffer>
 
 namespace {
 
@@ -440,4 +441,16 @@ void writeSceneJson(QIODevice &out, const OvScene &scene, const ImportReport &re
     walk.walk(writer);
     w.endObject();
     w.endObject();
+}
+
+void writeSceneJson(QTextStream &out, const OvScene &scene, const ImportReport &report) {
+    out.flush();
+    if (QIODevice *device = out.device()) {
+        writeSceneJson(*device, scene, report);
+        return;
+    }
+    QBuffer bytes;
+    bytes.open(QIODevice::WriteOnly);
+    writeSceneJson(bytes, scene, report);
+    out << QString::fromUtf8(bytes.data());
 }

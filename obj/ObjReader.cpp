@@ -1,29 +1,19 @@
 // The OBJ line loop: positions, texture coordinates, faces, groups and material selection.
 //
-// Lines of the usual forms (v and vt lines of plain numbers, f lines of plain corners, comments and
-// normals, which are not read) are parsed straight from the line reader's buffer in one pass. Every
-// other line, and any of those with something unusual in it, is split into tokens and read by the
-// general path, which defines what a line means.
+// Lines of the usual forms take the fast path (ObjFastPath.cpp). Every other line, and any of those
+// with something unusual in it, is split into tokens and read here by the general path, which
+// defines what a line means.
+#include "ObjLines.h"
 #include "ObjParse.h"
-#include "OvObjImporter.h"
 
 #include <OvApp.h>
-#include <OvMath.h>
 #include <OvShape.h>
-#include <OvTextInputFile.h>
-#include <climits>
 #include <cstring>
-#include <memory>
-#include <new>
-#include <text/NumberScan.h>
-#include <vector>
 
 namespace {
 
 // Out-of-range faces are reported one by one up to this many, then counted.
 const int kMaxFaceReports = 10;
-// Texture index of a fast-path corner without one (faceTexIndex never gives it).
-const int kNoTex = INT_MIN;
 
 bool is(const char *token, const char *keyword) {
     return std::strcmp(token, keyword) == 0;
@@ -41,91 +31,9 @@ void chooseMaterial(OvShape *shape, OvPolyMesh *mesh, const QString &name) {
     mesh->activateMaterial(index);
 }
 
-// Lines with one kind of trouble: how many, and the first.
-struct LineTally {
-    int count = 0, first = 0;
-    void note(int line) {
-        if (count++ == 0)
-            first = line;
-    }
-};
+} // namespace
 
-struct Options {
-    float scale;
-    bool swapYZ, includeG, includeVT, includeUsemtl, includeMtllib;
-};
-
-// Rows of numbers read by the fast path wait here until kRows have come, so that their divisions
-// run side by side (text::finishFloats).
-template <int Width> struct PendingRows {
-    static constexpr int kRows = 16;
-    float values[kRows * Width];
-    int32_t divisions[kRows * Width];
-    float finished[kRows * Width];
-    int rows = 0;
-    // The finished rows, each Width floats; empties the batch.
-    const float *finish(int &count) {
-        text::finishFloats(values, divisions, rows * Width, finished);
-        count = rows;
-        rows = 0;
-        return finished;
-    }
-};
-
-// One read of OBJ lines into a shape's mesh.
-class ObjLines {
-public:
-    ObjLines(OvObjImporter &importer, OvTextInputFile &file, OvShape *shape, OvPolyMesh *mesh, int &line,
-             const Options &options, QString &mtlLib)
-        : m_importer(importer), m_file(file), m_shape(shape), m_mesh(mesh), m_uvs(mesh->getUVs()),
-          m_line(line), m_options(options), m_mtlLib(mtlLib), m_baseVertex(mesh->getNumVertices()),
-          m_baseUV(m_uvs->getNumValues()), m_argv(new (std::nothrow) char *[OvTextInputFile::MaxTokens]),
-          m_cornerV(64), m_cornerT(64) {
-        if (!m_argv)
-            throw QString("Out of Memory");
-    }
-
-    void readLines(bool fast);
-    // Everything still waiting goes to the mesh, and the reports of the read to the log.
-    void finish(const QString &shortName);
-
-private:
-    bool fastLine(char *begin, char *end);
-    template <int Width> bool fastRow(const char *p, const char *end, PendingRows<Width> &rows);
-    bool fastFace(const char *p, const char *end);
-    void generalLine(char **av, int argc);
-    void generalPosition(char **av, int argc);
-    void generalFace(char **av, int argc);
-    int tokenize(char *begin, char *end, char **av);
-    int nextLine(char **av);
-    void flushPending();
-    void appendPositions(const float *p, int rows, bool transform);
-    void beginFace();
-    bool addCorner(int value, bool tokenTex, int t);
-    void reportFace(const QString &badCorner, int faceLine);
-    static QString cornerText(const char *p, int index);
-
-    OvObjImporter &m_importer;
-    OvTextInputFile &m_file;
-    OvShape *m_shape;
-    OvPolyMesh *m_mesh;
-    OvMap *m_uvs;
-    int &m_line;
-    const Options m_options;
-    QString &m_mtlLib;
-    const int m_baseVertex, m_baseUV;
-    const OvQuat m_swap{OvVec3(1.0f, 0.0f, 0.0f), 1.570796f};
-    std::unique_ptr<char *[]> m_argv;
-    PendingRows<3> m_positions;
-    PendingRows<2> m_texCoords;
-    std::vector<int> m_cornerV, m_cornerT; // corners of a fast-path face
-    bool m_materialChosen = false, m_endSeen = false;
-    // The face being built: counts that do not change while it is read, and its texture state.
-    int m_faceVertices = 0, m_faceUVs = 0, m_prevUV = 0;
-    bool m_faceHasTex = false;
-    int m_faceReports = 0, m_unreportedFaces = 0;
-    LineTally m_badVertexLines, m_cutLines;
-};
+namespace obj {
 
 void ObjLines::readLines(bool fast) {
     char **av = m_argv.get();
@@ -156,142 +64,6 @@ int ObjLines::nextLine(char **av) {
     char *begin = nullptr, *end = nullptr;
     ++m_line;
     return m_file.getRawLine(begin, end) ? tokenize(begin, end, av) : 0;
-}
-
-// True when the line was read here; false leaves it, untouched, to the general path.
-bool ObjLines::fastLine(char *begin, char *end) {
-    if (size_t(end - begin) >= OvTextInputFile::MaxLineLength)
-        return false; // cut short: the general path keeps what it always kept
-    *end = '\0';      // the blank after the line at which the scanners stop
-    char padded[text::kMinScanBytes] = {};
-    if (end - begin + 1 < text::kMinScanBytes) { // the scanners read eight bytes up to the end
-        std::memcpy(padded, begin, size_t(end - begin));
-        end = padded + (end - begin);
-        begin = padded;
-    }
-    const char *p = begin;
-    while (p < end && text::isBlank(*p))
-        ++p;
-    if (p == end)
-        return true;
-    if (p[0] == '#')
-        return true;
-    if (p[0] == 'f')
-        return text::isBlank(p[1]) && fastFace(p + 1, end);
-    if (p[0] != 'v')
-        return false;
-    if (text::isBlank(p[1]))
-        return fastRow(p + 1, end, m_positions);
-    if (p[1] != 't')
-        return true; // "vn" and other keys are not read
-    if (!text::isBlank(p[2]))
-        return false;
-    return !m_options.includeVT || fastRow(p + 2, end, m_texCoords);
-}
-
-// A row of Width plain numbers; the general path reads lines with fewer or other numbers (and
-// reports them). Numbers after them are not read on either path.
-template <int Width> bool ObjLines::fastRow(const char *p, const char *end, PendingRows<Width> &rows) {
-    float *values = rows.values + rows.rows * Width;
-    int32_t *divisions = rows.divisions + rows.rows * Width;
-    for (int i = 0; i < Width; ++i) {
-        while (p < end && text::isBlank(*p))
-            ++p;
-        if (p == end || !(p = text::scanPlainFloat(p, end, values[i], divisions[i])))
-            return false;
-    }
-    if (++rows.rows == rows.kRows)
-        flushPending();
-    return true;
-}
-
-void ObjLines::flushPending() {
-    int rows = 0;
-    if (m_positions.rows) {
-        const float *p = m_positions.finish(rows);
-        appendPositions(p, rows, true);
-    }
-    if (m_texCoords.rows) {
-        const float *uv = m_texCoords.finish(rows);
-        for (int r = 0; r < rows; ++r)
-            m_uvs->appendPnt2Value(uv + 2 * r);
-    }
-}
-
-// Rows of three coordinates, scaled and turned Z up as the options say when `transform` is set. The
-// mesh's array grows geometrically, in place for large arrays, so a batch at a time costs no copy.
-void ObjLines::appendPositions(const float *p, int rows, bool transform) {
-    const int first = m_mesh->getNumVertices();
-    float *dst = m_mesh->setVertexArray(first + rows) + 3 * size_t(first);
-    for (int r = 0; r < rows; ++r, p += 3, dst += 3) {
-        float v[3] = {p[0], p[1], p[2]};
-        if (transform) {
-            v[0] = v[0] * m_options.scale;
-            v[1] = v[1] * m_options.scale;
-            v[2] = v[2] * m_options.scale;
-            if (m_options.swapYZ)
-                m_swap.multVec(OvVec3(v)).getValue(v);
-        }
-        dst[0] = v[0];
-        dst[1] = v[1];
-        dst[2] = v[2];
-    }
-}
-
-// Corners of the usual forms; any other corner leaves the whole line to the general path. Faces
-// of any size are read.
-bool ObjLines::fastFace(const char *p, const char *end) {
-    const char *first = p;
-    int n = 0;
-    for (;;) {
-        while (p < end && text::isBlank(*p))
-            ++p;
-        if (p == end)
-            break;
-        int value = 0, t = 0;
-        bool tokenTex = false;
-        const char *q = text::scanCorner(p, end, value, tokenTex, t);
-        if (!q)
-            return false;
-        if (n == int(m_cornerV.size())) {
-            m_cornerV.resize(2 * size_t(n));
-            m_cornerT.resize(2 * size_t(n));
-        }
-        m_cornerV[size_t(n)] = value;
-        m_cornerT[size_t(n)] = tokenTex ? t : kNoTex;
-        ++n;
-        while (!text::isBlank(*q)) // the rest of the corner ("/n") is not read
-            ++q;
-        p = q;
-    }
-    beginFace();
-    // Corner numbers become mesh indices in place. A face has texture indices when its first corner
-    // has one; a corner without one keeps the one before.
-    int *vertex = m_cornerV.data(), *uv = m_cornerT.data();
-    const bool withUVs = n > 0 && uv[0] != kNoTex && m_faceUVs > 0;
-    for (int i = 0, prev = 0; i < n; ++i) {
-        vertex[i] = obj::resolveVertexIndex(vertex[i], m_faceVertices, m_baseVertex);
-        uv[i] = !withUVs ? 0 : uv[i] == kNoTex ? prev : obj::resolveUVIndex(uv[i], m_faceUVs, m_baseUV);
-        prev = uv[i];
-    }
-    const int bad = m_mesh->addFace(vertex, uv, n);
-    if (bad >= 0)
-        reportFace(cornerText(first, bad), m_line);
-    return true;
-}
-
-// The text of corner `index` of a face whose corners begin at p.
-QString ObjLines::cornerText(const char *p, int index) {
-    for (int i = 0;; ++i) {
-        while (text::isBlank(*p))
-            ++p;
-        const char *end = p;
-        while (!text::isBlank(*end))
-            ++end;
-        if (i == index)
-            return OvFileIO::decodeText(p, end - p);
-        p = end;
-    }
 }
 
 void ObjLines::beginFace() {
@@ -452,7 +224,7 @@ void ObjLines::finish(const QString &shortName) {
     }
 }
 
-} // namespace
+} // namespace obj
 
 obj::ReadTuning &obj::readTuning() {
     static ReadTuning tuning;
@@ -490,8 +262,8 @@ unsigned int OvObjImporter::readObj(OvTextInputFile &file, OvShape **shapeOut, i
         mesh->setName(meshName);
     }
 
-    const Options options{m_scale, m_swapYZ, m_includeG, m_includeVT, m_includeUsemtl, m_includeMtllib};
-    ObjLines lines(*this, file, shape, mesh, lineNumber, options, m_mtlLib);
+    const obj::Options options{m_scale, m_swapYZ, m_includeG, m_includeVT, m_includeUsemtl, m_includeMtllib};
+    obj::ObjLines lines(*this, file, shape, mesh, lineNumber, options, m_mtlLib);
     mesh->beginEdit(false);
     if (!m_includeG)
         mesh->activateFaceGroup(m_defaultGroup);
