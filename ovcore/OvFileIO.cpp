@@ -4,9 +4,13 @@
 #include <QStringDecoder>
 #include <cstring>
 
-static int lastSlash(const QString &path) { return path.lastIndexOf(QLatin1Char('/')); }
+static int lastSlash(const QString &path) {
+    return path.lastIndexOf(QLatin1Char('/'));
+}
 
-QString OvFileIO::getShortFileName(const QString &path) { return path.mid(lastSlash(path) + 1); }
+QString OvFileIO::getShortFileName(const QString &path) {
+    return path.mid(lastSlash(path) + 1);
+}
 
 QString OvFileIO::getFilePath(const QString &path) {
     int s = lastSlash(path);
@@ -34,9 +38,13 @@ QString OvFileIO::changeFileExtension(const QString &path, const QString &ext) {
     return stem + QLatin1Char('.') + ext;
 }
 
-void OvFileIO::error(const QString &text) { OvApp::addLog(OvApp::LogError, text); }
+void OvFileIO::error(const QString &text) {
+    OvApp::addLog(OvApp::LogError, text);
+}
 
-void OvFileIO::info(const QString &text) { OvApp::addLog(OvApp::LogInfo, text); }
+void OvFileIO::info(const QString &text) {
+    OvApp::addLog(OvApp::LogInfo, text);
+}
 
 QString OvFileIO::decodeText(const char *bytes, qsizetype length) {
     if (!bytes)

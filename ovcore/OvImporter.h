@@ -54,6 +54,7 @@ public:
     explicit OvGeometryImporter(QObject *parent = nullptr) : OvImporter(parent) {}
 
 public slots:
-    virtual unsigned int readShape(const QString &fileName, OvShape **shape, const OvFileIOSettings &settings) = 0;
+    virtual unsigned int readShape(const QString &fileName, OvShape **shape,
+                                   const OvFileIOSettings &settings) = 0;
     unsigned int read(const QString &fileName, const OvFileIOSettings &options) override;
 };

@@ -12,8 +12,9 @@ void OvProperty::insertController(OvController *controller, int position) {
 }
 
 bool OvProperty::removeController(OvController *controller) {
-    auto it = std::find_if(m_controllers.begin(), m_controllers.end(),
-                           [controller](const std::unique_ptr<OvController> &c) { return c.get() == controller; });
+    auto it =
+        std::find_if(m_controllers.begin(), m_controllers.end(),
+                     [controller](const std::unique_ptr<OvController> &c) { return c.get() == controller; });
     if (it == m_controllers.end())
         return false;
     it->release();

@@ -117,7 +117,8 @@ private:
 
 class OvBoolProperty : public OvNumericProperty {
 public:
-    explicit OvBoolProperty(const QString &name, bool value = false) : OvNumericProperty(name), m_value(value) {}
+    explicit OvBoolProperty(const QString &name, bool value = false)
+        : OvNumericProperty(name), m_value(value) {}
     const char *className() const override { return "OvBoolProperty"; }
     bool getValue() const { return m_value; }
     void setValue(bool v) { m_value = v; }
@@ -166,7 +167,8 @@ private:
 // The file an object was imported from.
 class OvSourceFileData : public OvElementData {
 public:
-    explicit OvSourceFileData(const QString &path) : OvElementData(QStringLiteral("SourceFileData")), m_path(path) {}
+    explicit OvSourceFileData(const QString &path)
+        : OvElementData(QStringLiteral("SourceFileData")), m_path(path) {}
     const char *className() const override { return "OvSourceFileData"; }
     const QString &getSourceFilePath() const { return m_path; }
     void setSourceFilePath(const QString &path) { m_path = path; }

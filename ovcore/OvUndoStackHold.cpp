@@ -6,9 +6,13 @@ namespace {
 int g_openHolds = 0;
 }
 
-OvUndoStackHold::OvUndoStackHold() { ++g_openHolds; }
+OvUndoStackHold::OvUndoStackHold() {
+    ++g_openHolds;
+}
 
-OvUndoStackHold::~OvUndoStackHold() { --g_openHolds; }
+OvUndoStackHold::~OvUndoStackHold() {
+    --g_openHolds;
+}
 
 void OvUndoStackHold::accept(const QString &caption) {
     if (m_accepted)
@@ -19,4 +23,6 @@ void OvUndoStackHold::accept(const QString &caption) {
         OvApp::getScene()->addUndoStep(caption);
 }
 
-int OvUndoStackHold::openHolds() { return g_openHolds; }
+int OvUndoStackHold::openHolds() {
+    return g_openHolds;
+}

@@ -50,6 +50,10 @@ PluginRegistry registry;
 
 } // namespace
 
-OV_EXPORT uint32_t getSDKVersion() { return OV_SDK_VERSION; }
+OV_EXPORT uint32_t getSDKVersion() {
+    return OV_SDK_VERSION;
+}
 
-OV_EXPORT OvPlugin *getPluginDefinition() { return &registry.definition; }
+OV_EXPORT OvPlugin *getPluginDefinition() {
+    return &registry.definition;
+}

@@ -3,6 +3,7 @@
 // are compared with checked-in dumps (UPDATE_GOLDEN=1 rewrites them instead), and OBJ imports are
 // checked by a summary of their JSON. The dumps of a scene too deep for a recursion are measured
 // in the test process.
+#include <JsonWriter.h>
 #include <OvApp.h>
 #include <OvNode.h>
 #include <OvScene.h>
@@ -12,11 +13,10 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
-#include <JsonWriter.h>
 #include <SceneDump.h>
 #include <cmath>
-#include <random>
 #include <gtest/gtest.h>
+#include <random>
 
 namespace {
 

@@ -15,4 +15,6 @@ QByteArray gzipBytes(const QByteArray &data);
 QString logText();
 
 // Readable QStrings in test failure messages.
-inline void PrintTo(const QString &s, std::ostream *os) { *os << '"' << s.toStdString() << '"'; }
+inline void PrintTo(const QString &s, std::ostream *os) {
+    *os << '"' << s.toStdString() << '"';
+}
