@@ -8,6 +8,8 @@
 //
 // Prints how many numbers of each shape were compared, how many the plain scan took, and every
 // mismatch (at most 20); exits 1 when there was one.
+#include "tests/support/NumberReference.h"
+
 #include <text/NumberScan.h>
 
 #include <algorithm>
@@ -22,43 +24,6 @@
 #include <vector>
 
 namespace {
-
-uint32_t bits(float f) {
-    uint32_t b;
-    std::memcpy(&b, &f, sizeof b);
-    return b;
-}
-
-// The steps as plainly as possible; volatile keeps every intermediate a float.
-float reference(const char *s) {
-    volatile float v = 0.0f;
-    bool negative = false, dot = false;
-    long fraction = 0;
-    for (; *s && *s != 'e' && *s != 'E'; ++s) {
-        if (*s >= '0' && *s <= '9') {
-            v = v * 10.0f;
-            v = v + float(*s - '0');
-            fraction += dot;
-        } else if (*s == '-' || *s == '.') {
-            (*s == '-' ? negative : dot) = true;
-        } else if (*s != '+') {
-            return 0.0f;
-        }
-    }
-    if (*s) { // the text after the mark, truncated, is the exponent
-        const long long n =
-            (long long)std::clamp(std::trunc(double(reference(s + 1))), -2147483648.0, 2147483647.0);
-        for (long long i = 0; i < n && v != 0.0f && !std::isinf(v); ++i)
-            v = v * 10.0f;
-        for (long long i = 0; i < -n && v != 0.0f; ++i)
-            v = v / 10.0f;
-    }
-    if (negative)
-        v = -v;
-    for (long i = 0; i < fraction; ++i)
-        v = v / 10.0f;
-    return v;
-}
 
 enum Shape { Fixed, Integer, Small, LongDigits, Printf, NearLimit, Shapes };
 const char *const kShapeNames[Shapes] = {"fixed point (-12.345678)", "integers",
@@ -179,8 +144,8 @@ int main(int argc, char **argv) {
     const auto start = std::chrono::steady_clock::now();
     auto report = [&](const char *how, const std::string &text, float got, float want) {
         if (++mismatches <= 20)
-            std::printf("MISMATCH (%s) \"%s\": %08x, steps give %08x\n", how, text.c_str(), bits(got),
-                        bits(want));
+            std::printf("MISMATCH (%s) \"%s\": %08x, steps give %08x\n", how, text.c_str(), floatBits(got),
+                        floatBits(want));
     };
     for (long long done = 0; done < total; done += kBatch) {
         // One shape per batch, as a file holds runs of numbers of one kind; weights favour fixed point.
@@ -198,13 +163,13 @@ int main(int argc, char **argv) {
         text::finishFloats(values.data(), divisions.data(), kBatch, batched.data());
         parsePoserFloats(tokens.data(), kBatch, lineWise.data());
         for (int i = 0; i < kBatch; ++i) {
-            const float want = reference(tokens[i]);
-            if (bits(batched[i]) != bits(want))
+            const float want = referenceNumber(tokens[i]);
+            if (floatBits(batched[i]) != floatBits(want))
                 report("line scan + finishFloats", texts[i], batched[i], want);
-            if (bits(lineWise[i]) != bits(want))
+            if (floatBits(lineWise[i]) != floatBits(want))
                 report("parsePoserFloats", texts[i], lineWise[i], want);
             const float single = parsePoserFloat(tokens[i]);
-            if (bits(single) != bits(want))
+            if (floatBits(single) != floatBits(want))
                 report("parsePoserFloat", texts[i], single, want);
         }
         tally[shape].compared += kBatch;

@@ -2,6 +2,8 @@
 // transcription of their steps (each step is one single-precision operation); the batched parser,
 // the in-place scans of the OBJ reader and the one-pass corner reader with the general functions
 // they stand in for. bench/number_identity does the same on 10^8 numbers.
+#include "support/NumberReference.h"
+
 #include <QByteArray>
 #include <QElapsedTimer>
 #include <algorithm>
@@ -18,43 +20,6 @@
 #include <vector>
 
 namespace {
-
-uint32_t bits(float f) {
-    uint32_t b;
-    std::memcpy(&b, &f, sizeof b);
-    return b;
-}
-
-// The steps as plainly as possible; volatile keeps every intermediate a float.
-float reference(const char *s) {
-    volatile float v = 0.0f;
-    bool negative = false, dot = false;
-    long fraction = 0;
-    for (; *s && *s != 'e' && *s != 'E'; ++s) {
-        if (*s >= '0' && *s <= '9') {
-            v = v * 10.0f;
-            v = v + float(*s - '0');
-            fraction += dot;
-        } else if (*s == '-' || *s == '.') {
-            (*s == '-' ? negative : dot) = true;
-        } else if (*s != '+') {
-            return 0.0f;
-        }
-    }
-    if (*s) { // the text after the mark, truncated, is the exponent
-        const long long n =
-            (long long)std::clamp(std::trunc(double(reference(s + 1))), -2147483648.0, 2147483647.0);
-        for (long long i = 0; i < n && v != 0.0f && !std::isinf(v); ++i)
-            v = v * 10.0f;
-        for (long long i = 0; i < -n && v != 0.0f; ++i)
-            v = v / 10.0f;
-    }
-    if (negative)
-        v = -v;
-    for (long i = 0; i < fraction; ++i)
-        v = v / 10.0f;
-    return v;
-}
 
 // Signs and dots anywhere; any foreign character makes 0, after an exponent mark only the exponent;
 // exponents chain from the right, truncated toward zero; sign and fraction act after the exponent.
@@ -75,7 +40,8 @@ TEST(Numbers, RulesByExample) {
         {chain, 10.0f}};
     // clang-format on
     for (const auto &[text, value] : cases)
-        EXPECT_EQ(bits(parsePoserFloat(text.c_str())), bits(value)) << '"' << text.substr(0, 20) << '"';
+        EXPECT_EQ(floatBits(parsePoserFloat(text.c_str())), floatBits(value))
+            << '"' << text.substr(0, 20) << '"';
     EXPECT_LT(timer.elapsed(), 2000);
 }
 
@@ -101,9 +67,10 @@ TEST(Numbers, RandomTextsOneByOneAndBatchedMatchTheSteps) {
         std::vector<float> out(texts.size());
         parsePoserFloats(tokens.data(), int(tokens.size()), out.data());
         for (size_t j = 0; j < tokens.size(); ++j) {
-            const uint32_t want = bits(reference(tokens[j]));
-            ASSERT_EQ(bits(parsePoserFloat(tokens[j])), want) << '"' << tokens[j] << '"';
-            ASSERT_EQ(bits(out[j]), want) << '"' << tokens[j] << '"' << " in a batch of " << tokens.size();
+            const uint32_t want = floatBits(referenceNumber(tokens[j]));
+            ASSERT_EQ(floatBits(parsePoserFloat(tokens[j])), want) << '"' << tokens[j] << '"';
+            ASSERT_EQ(floatBits(out[j]), want)
+                << '"' << tokens[j] << '"' << " in a batch of " << tokens.size();
             // In place at the end of a line, as the OBJ reader scans it, where the scan takes it.
             const std::string line = "v 1 2.5 " + texts[j]; // eight bytes before, as the scans need
             float value = 0.0f, finished = 0.0f;
@@ -111,7 +78,7 @@ TEST(Numbers, RandomTextsOneByOneAndBatchedMatchTheSteps) {
             const char *last = line.c_str() + line.size();
             if (text::scanPlainFloat(line.c_str() + 8, last, value, divisions) == last) {
                 text::finishFloats(&value, &divisions, 1, &finished);
-                ASSERT_EQ(bits(finished), want) << '"' << tokens[j] << '"';
+                ASSERT_EQ(floatBits(finished), want) << '"' << tokens[j] << '"';
             }
         }
     }

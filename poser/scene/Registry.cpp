@@ -108,10 +108,13 @@ OvPz3NodeItem *OvPZ3Importer::getNodeItem(OvNode *node) {
 }
 
 void OvPZ3Importer::forgetNode(OvNode *node) {
-    for (int i = m_sceneItems.size() - 1; i >= 0; --i)
-        if (m_sceneItems[i].node == node)
-            m_sceneItems.removeAt(i);
-    m_itemIndex.rebuild(m_sceneItems);
+    // Positions move only when an item goes; most forgotten nodes (lights) are no items.
+    if (m_itemIndex.firstOfNode(node) >= 0) {
+        for (int i = m_sceneItems.size() - 1; i >= 0; --i)
+            if (m_sceneItems[i].node == node)
+                m_sceneItems.removeAt(i);
+        m_itemIndex.rebuild(m_sceneItems);
+    }
     m_nodeItemOf.remove(node);
     for (size_t i = m_nodeItems.size(); i-- > 0;) {
         if (m_nodeItems[i]->node == node)

@@ -2,7 +2,8 @@
 
 void Pz3SceneItemIndex::add(const OvTArray<OvPz3SceneItem> &items, int position) {
     const OvPz3SceneItem &item = items[position];
-    m_byNode.insert(item.node, m_byNode.value(item.node, position));
+    if (!m_byNode.contains(item.node))
+        m_byNode.insert(item.node, position);
     if (!m_byName.contains(item.name))
         m_byName.insert(item.name, position);
     if (!item.isFigure && !m_propByName.contains(item.name))
