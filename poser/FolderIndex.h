@@ -16,8 +16,6 @@ public:
     // order, and a dead end goes back to the next choice. Empty when nothing matches.
     QString resolve(const QString &root, const QString &relative);
     static constexpr int MaxSteps = 512;
-    // Forgets every listing (the folders may have changed).
-    void clear() { m_listings.clear(); }
     // Folder listings read so far: each folder is read once however many references go through it.
     int foldersListed() const { return m_reads; }
 
