@@ -30,7 +30,7 @@ const OvPZ3Importer::ModeHandler OvPZ3Importer::s_modeHandlers[ModeCount] = {
     nullptr,                          // ModeIgnore       skipped
     nullptr,                          // ModeTargetGeom   morph target body
     nullptr,                          // ModeDeltas       morph deltas
-    nullptr,                          // ModeJointParm    joint-parameter body
+    &OvPZ3Importer::parseJointParam,  // ModeJointParm    joint-parameter body
     &OvPZ3Importer::parseAltGeom,     // ModeAltGeom      alternate geometry
     nullptr,                          // ModeInkyChain    IK chain
     nullptr,                          // ModeParmChannel  value-parameter body
