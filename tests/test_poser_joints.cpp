@@ -29,7 +29,7 @@ protected:
     // A figure of three bones whose rShldr has `channels` as its channels section; `after` follows
     // the channels section inside that actor. Lines of the channels section start on line 13.
     unsigned readFigure(const QByteArray &channels, const QByteArray &after = QByteArray()) {
-        return read("fig.cr2", "figureResFile none\nactor hip:1\n{\n}\nactor rShldr:1\n{\nparent hip:1\n}\n"
+        return read("fig.cr2", "* no geometry\nactor hip:1\n{\n}\nactor rShldr:1\n{\nparent hip:1\n}\n"
                                "actor rShldr:1\n{\nchannels\n{\n" +
                                    channels + "}\n" + after + "}\nactor rForeArm:1\n{\nparent rShldr:1\n}\n");
     }
@@ -272,7 +272,7 @@ TEST_F(PoserJoints, SphereMatricesCutShort) {
 
     // The end of the file.
     OvApp::reset();
-    path = file("cut.cr2", "figureResFile none\nactor hip:1\n{\n}\nactor hip:1\n{\nchannels\n{\njointX p\n{\n"
+    path = file("cut.cr2", "* no geometry\nactor hip:1\n{\n}\nactor hip:1\n{\nchannels\n{\njointX p\n{\n"
                            "sphereMatsRaw\n{\n{\n1 0 0 0\n0 1 0 0\n0 0 1 0\n");
     EXPECT_EQ(importer.read(path, OvFileIOSettings()), 0u);
     EXPECT_TRUE(logged("ends after 3 of its 8 rows; its sphere matrices are not used on line 16 in cut.cr2"))
