@@ -27,11 +27,11 @@ protected:
     }
 
     // A figure of three bones whose rShldr has `channels` as its channels section; `after` follows
-    // the channels section inside that actor. Lines of the channels section start on line 13.
+    // the channels section inside that actor. Lines of the channels section start on line 17.
     unsigned readFigure(const QByteArray &channels, const QByteArray &after = QByteArray()) {
         return read("fig.cr2", "* no geometry\nactor hip:1\n{\n}\nactor rShldr:1\n{\nparent hip:1\n}\n"
-                               "actor rShldr:1\n{\nchannels\n{\n" +
-                                   channels + "}\n" + after + "}\nactor rForeArm:1\n{\nparent rShldr:1\n}\n");
+                               "actor rForeArm:1\n{\nparent rShldr:1\n}\nactor rShldr:1\n{\nchannels\n{\n" +
+                                   channels + "}\n" + after + "}\n");
     }
     OvBone *bone(const char *name) const {
         OvSkeleton *figure = skeleton("fig");
@@ -47,6 +47,8 @@ protected:
         return j ? dynamic_cast<P *>(j->findJointParam(name)) : nullptr;
     }
     static bool logged(const QString &text) { return logText().contains(text); }
+    // Where the log says a message of the file read last comes from.
+    QString at(int line) const { return QStringLiteral(" on line %1 in %2").arg(line).arg(path); }
     static bool messaged(const QString &text) { return g_messages.contains(text); }
 };
 
@@ -62,9 +64,9 @@ TEST_F(PoserJoints, BodyKeywords) {
     auto twist = [](OvPoserJointParam *p) { return dynamic_cast<OvPoserTwistParam *>(p); };
     const struct {
         const char *channel; // the channel line, named "p"
-        const char *body;    // the lines of its body (its first line is line 15)
+        const char *body;    // the lines of its body (its first line is line 19)
         unsigned result;
-        const char *message; // expected in the log (ending "on line 15 in fig.cr2") or as a Qt warning
+        const char *message; // expected in the log (ending "on line 19 in fig.cr2") or as a Qt warning
         Check check;
     } cases[] = {
         {"jointX p", "angles 0 90 180 270", 0, nullptr,
@@ -103,19 +105,19 @@ TEST_F(PoserJoints, BodyKeywords) {
         {"jointX p", "center 0.1 0.2 0.3\nsomethingNew 1", 0, nullptr,
          [&](auto *p) { EXPECT_FALSE(p->isFlipped() || bend(p)->getApplyAngles()); }},
         // Keywords of another kind of parameter: a warning, nothing set, the reading goes on.
-        {"jointX p", "startPt 1", 0, "Wrong type of joint parameter for tag 'startPt' on line 15!",
+        {"jointX p", "startPt 1", 0, "Wrong type of joint parameter for tag 'startPt' on line 19!",
          [&](auto *p) { EXPECT_TRUE(bend(p)); }},
-        {"jointX p", "endPt 1", 0, "Wrong type of joint parameter for tag 'endPt' on line 15!",
+        {"jointX p", "endPt 1", 0, "Wrong type of joint parameter for tag 'endPt' on line 19!",
          [&](auto *p) { EXPECT_TRUE(bend(p)); }},
-        {"twistY p", "angles 1 2 3 4", 0, "Wrong type of joint parameter for tag 'angles' on line 15!",
+        {"twistY p", "angles 1 2 3 4", 0, "Wrong type of joint parameter for tag 'angles' on line 19!",
          [&](auto *p) { EXPECT_TRUE(twist(p)); }},
         {"twistY p", "negBulgeRight 1", 0,
-         "Wrong type of joint parameter for tag 'negBulgeRight' on line 15!",
+         "Wrong type of joint parameter for tag 'negBulgeRight' on line 19!",
          [&](auto *p) { EXPECT_TRUE(twist(p)); }},
-        {"twistY p", "doBulge 1", 0, "Wrong type of joint parameter for tag 'doBulge' on line 15!",
+        {"twistY p", "doBulge 1", 0, "Wrong type of joint parameter for tag 'doBulge' on line 19!",
          [&](auto *p) { EXPECT_TRUE(twist(p)); }},
         {"jointX p", "smoothZones 1 2 3 4", 0,
-         "Wrong type of joint parameter for tag 'smoothZones' on line 15!",
+         "Wrong type of joint parameter for tag 'smoothZones' on line 19!",
          [&](auto *p) { EXPECT_TRUE(bend(p)); }},
         // Too few values stop the import, whatever the parameter's kind.
         {"jointX p", "center 0.1", Stopped, "Not enough parameters specified for 'center'", nullptr},
@@ -134,8 +136,7 @@ TEST_F(PoserJoints, BodyKeywords) {
         ASSERT_EQ(readFigure(QByteArray(c.channel) + "\n{\n" + c.body + "\n}\n"), c.result);
         if (c.message) {
             const QString text = QString::fromLatin1(c.message);
-            EXPECT_TRUE(c.result == Stopped ? logged("error: " + text + " on line 15 in fig.cr2")
-                                            : messaged(text))
+            EXPECT_TRUE(c.result == Stopped ? logged("error: " + text + at(19)) : messaged(text))
                 << logText().toStdString() << g_messages.join('\n').toStdString();
         } else {
             EXPECT_TRUE(logText().isEmpty() && g_messages.isEmpty()) << logText().toStdString();
@@ -164,8 +165,7 @@ TEST_F(PoserJoints, ChannelLinesNameKindAxisAndDriver) {
     EXPECT_EQ(bend->getDriver(), shoulder) << "a name without '_' is driven by its own bone";
     EXPECT_EQ(twist->getDriver(), bone("rForeArm")) << "the first otherActor drives, the second is ignored";
     EXPECT_EQ(smooth->getDriver(), nullptr);
-    EXPECT_TRUE(logged("info: No bone found for otherActor on line 23 in fig.cr2"))
-        << logText().toStdString();
+    EXPECT_TRUE(logged("info: No bone found for otherActor" + at(27))) << logText().toStdString();
     EXPECT_EQ(twist->getAxis(), OvPoserJointParam::AxisY);
     EXPECT_EQ(smooth->getAxis(), OvPoserJointParam::AxisZ);
     // The same name again finds the parameter made first: jointZ re-aims the bend.
@@ -177,18 +177,18 @@ TEST_F(PoserJoints, AnExistingNameKeepsItsKind) {
     ASSERT_EQ(readFigure("jointX p\n{\n}\ntwistY p\n{\nstartPt 1\n}\n"), 0u);
     EXPECT_EQ(joint()->getNumParams(), 1);
     EXPECT_TRUE(param<OvPoserBendParam>("p"));
-    EXPECT_TRUE(messaged("Wrong type of joint parameter for tag 'startPt' on line 18!"));
+    EXPECT_TRUE(messaged("Wrong type of joint parameter for tag 'startPt' on line 22!"));
 }
 
 TEST_F(PoserJoints, ChannelLinesThatMakeNoParameter) {
     const struct {
         QByteArray channels;
         unsigned result;
-        const char *log;     // expected in the log
+        const char *log;     // expected in the log, on the channel line
         const char *message; // expected as Qt output
     } cases[] = {
-        {"jointY\n{\n}\n", Stopped, "error: No joint parameter name was specified on line 13", nullptr},
-        {"curve\n{\n}\n", Stopped, "error: No curve parameter name was specified on line 13", nullptr},
+        {"jointY\n{\n}\n", Stopped, "error: No joint parameter name was specified", nullptr},
+        {"curve\n{\n}\n", Stopped, "error: No curve parameter name was specified", nullptr},
         // A curve follows a twist; without one the whole section is skipped, braces and all.
         {"curve c\n{\nflipped\nsphereMatsRaw\n{\n}\n}\n", 0, nullptr,
          "No twist parameter found for bone when adding curve!"},
@@ -199,7 +199,7 @@ TEST_F(PoserJoints, ChannelLinesThatMakeNoParameter) {
         g_messages.clear();
         ASSERT_EQ(readFigure(c.channels, "hidden 1\n"), c.result);
         if (c.log) {
-            EXPECT_TRUE(logged(c.log)) << logText().toStdString();
+            EXPECT_TRUE(logged(QString(c.log) + at(17))) << logText().toStdString();
         }
         if (c.message) {
             EXPECT_TRUE(messaged(c.message) && bone("rShldr")->isHidden());
@@ -257,8 +257,8 @@ TEST_F(PoserJoints, SphereMatricesCutShort) {
     // A '}' that the block did not open closes the joint section: what follows is read as usual.
     ASSERT_EQ(readFigure("jointX p\n{\nsphereMatsRaw\n1 0 0 0\n0 1 0 0\n}\ntwistY t\n{\n}\n", "hidden 1\n"),
               0u);
-    EXPECT_TRUE(logged("info: sphereMatsRaw ends after 2 of its 8 rows; its sphere matrices are not used on "
-                       "line 18 in fig.cr2"))
+    EXPECT_TRUE(
+        logged("info: sphereMatsRaw ends after 2 of its 8 rows; its sphere matrices are not used" + at(22)))
         << logText().toStdString();
     EXPECT_FALSE(param("p")->getApplyMatrices());
     EXPECT_TRUE(param<OvPoserTwistParam>("t") && bone("rShldr")->isHidden());
@@ -267,7 +267,7 @@ TEST_F(PoserJoints, SphereMatricesCutShort) {
     // A block that closes early is as short; its own braces stay its own.
     OvApp::reset();
     ASSERT_EQ(readFigure("jointX p\n{\nsphereMatsRaw\n{\n{\n1 0 0 0\n}\n}\nflipped\n}\n", "hidden 1\n"), 0u);
-    EXPECT_TRUE(logged("ends after 1 of its 8 rows; its sphere matrices are not used on line 20"));
+    EXPECT_TRUE(logged("ends after 1 of its 8 rows; its sphere matrices are not used" + at(24)));
     EXPECT_TRUE(param("p")->isFlipped() && !param("p")->getApplyMatrices() && bone("rShldr")->isHidden());
 
     // The end of the file.
@@ -275,7 +275,7 @@ TEST_F(PoserJoints, SphereMatricesCutShort) {
     path = file("cut.cr2", "* no geometry\nactor hip:1\n{\n}\nactor hip:1\n{\nchannels\n{\njointX p\n{\n"
                            "sphereMatsRaw\n{\n{\n1 0 0 0\n0 1 0 0\n0 0 1 0\n");
     EXPECT_EQ(importer.read(path, OvFileIOSettings()), 0u);
-    EXPECT_TRUE(logged("ends after 3 of its 8 rows; its sphere matrices are not used on line 16 in cut.cr2"))
+    EXPECT_TRUE(logged("ends after 3 of its 8 rows; its sphere matrices are not used" + at(16)))
         << logText().toStdString();
     EXPECT_TRUE(logged("3 sections still open at the end of file"))
         << "the block's own braces are not counted";
