@@ -1,24 +1,33 @@
 // Joint parameters of figure bones: the channel lines that open them, the keywords of their bodies
-// and the raw sphere matrices, read through whole figure files.
+// and the raw sphere matrices, read through whole figure files and checked in the scene tree.
 #include "PoserTest.h"
 
 #include <OvModifiers.h>
-#include <functional>
+#include <SceneDump.h>
 
 namespace {
 
-QStringList g_messages; // Qt debug and warning output of the current test
+QString g_messages; // Qt debug and warning output of the current case
 
 void collectMessage(QtMsgType type, const QMessageLogContext &, const QString &message) {
     if (type == QtDebugMsg || type == QtWarningMsg)
-        g_messages.append(message);
+        g_messages += message + '\n';
 }
+
+constexpr unsigned Stopped = 0x62;
+
+struct Case {
+    const char *channels; // the channels section of rShldr; its first line is line 17
+    unsigned result;
+    int params;       // how many parameters rShldr's joint holds
+    const char *want; // in the tree's lines of those parameters
+    const char *said; // in the log or the Qt output; nothing at all is said when null
+};
 
 class PoserJoints : public PoserTest {
 protected:
     void SetUp() override {
         PoserTest::SetUp();
-        g_messages.clear();
         qInstallMessageHandler(collectMessage);
     }
     void TearDown() override {
@@ -26,281 +35,143 @@ protected:
         PoserTest::TearDown();
     }
 
-    // A figure of three bones whose rShldr has `channels` as its channels section; `after` follows
-    // the channels section inside that actor. Lines of the channels section start on line 17.
-    unsigned readFigure(const QByteArray &channels, const QByteArray &after = QByteArray()) {
-        return read("fig.cr2", "* no geometry\nactor hip:1\n{\n}\nactor rShldr:1\n{\nparent hip:1\n}\n"
-                               "actor rForeArm:1\n{\nparent rShldr:1\n}\nactor rShldr:1\n{\nchannels\n{\n" +
-                                   channels + "}\n" + after + "}\n");
+    // A figure whose rShldr has `channels` as its channels section, followed by an object line.
+    void check(const Case &c) {
+        SCOPED_TRACE(c.channels);
+        OvApp::reset();
+        g_messages.clear();
+        ASSERT_EQ(read("fig.cr2",
+                       QByteArray("* no geometry\nactor hip:1\n{\n}\nactor rShldr:1\n{\nparent hip:1\n}\n"
+                                  "actor rForeArm:1\n{\nparent rShldr:1\n}\nactor rShldr:1\n{\n"
+                                  "channels\n{\n") +
+                           c.channels + "}\nhidden 1\n}\n"),
+                  c.result);
+        OvBone *shoulder = skeleton("fig")->findBone("rShldr");
+        auto *joint = shoulder->getObject()->findModifier<OvPoserJoint>();
+        EXPECT_EQ(joint->getNumParams(), c.params);
+        if (c.result == 0) {
+            EXPECT_TRUE(shoulder->isHidden()) << "the sections after the parameters close where they should";
+        }
+        QString tree, lines;
+        QTextStream out(&tree);
+        writeSceneTree(out, *scene());
+        for (const QString &line : tree.split('\n'))
+            if (line.contains("param ") || line.contains("sphere matrix"))
+                lines += line.trimmed() + '\n';
+        EXPECT_TRUE(lines.contains(c.want ? c.want : "")) << lines.toStdString();
+        EXPECT_EQ(lines.contains("sphere matrix"), QString(c.want).contains("sphere matrix"));
+        const QString said = logText() + g_messages;
+        EXPECT_TRUE(c.said ? said.contains(c.said) : said.isEmpty()) << said.toStdString();
     }
-    OvBone *bone(const char *name) const {
-        OvSkeleton *figure = skeleton("fig");
-        return figure ? figure->findBone(name) : nullptr;
-    }
-    OvPoserJoint *joint(const char *boneName = "rShldr") const {
-        OvBone *b = bone(boneName);
-        return b ? b->getObject()->findModifier<OvPoserJoint>() : nullptr;
-    }
-    // The parameter of that name on rShldr's joint, as a P (null when missing or of another kind).
-    template <class P = OvPoserJointParam> P *param(const char *name) const {
-        OvPoserJoint *j = joint();
-        return j ? dynamic_cast<P *>(j->findJointParam(name)) : nullptr;
-    }
-    static bool logged(const QString &text) { return logText().contains(text); }
-    // Where the log says a message of the file read last comes from.
-    QString at(int line) const { return QStringLiteral(" on line %1 in %2").arg(line).arg(path); }
-    static bool messaged(const QString &text) { return g_messages.contains(text); }
 };
 
-constexpr unsigned Stopped = 0x62;
-
-// The usual layout of raw sphere matrices: a block of two blocks of four rows.
-const QByteArray kSphereMats = "sphereMatsRaw\n{\n{\n1 0 0 0\n0 2 0 0\n0 0 3 0\n0.5 0.25 0 1\n}\n"
-                               "{\n4 0 0 0\n0 5 0 0\n0 0 6 0 extra\n1 1 1 1\n}\n}\n";
-
 TEST_F(PoserJoints, BodyKeywords) {
-    using Check = std::function<void(OvPoserJointParam *)>;
-    auto bend = [](OvPoserJointParam *p) { return dynamic_cast<OvPoserBendParam *>(p); };
-    auto twist = [](OvPoserJointParam *p) { return dynamic_cast<OvPoserTwistParam *>(p); };
-    const struct {
-        const char *channel; // the channel line, named "p"
-        const char *body;    // the lines of its body (its first line is line 19)
-        unsigned result;
-        const char *message; // expected in the log (ending "on line 19 in fig.cr2") or as a Qt warning
-        Check check;
-    } cases[] = {
-        {"jointX p", "angles 0 90 180 270", 0, nullptr,
-         [&](auto *p) {
-             EXPECT_EQ(bend(p)->getAngle(0), 0.0f);
-             EXPECT_EQ(bend(p)->getAngle(1), 1.5707961f);
-             EXPECT_EQ(bend(p)->getAngle(2), 3.1415923f);
-             EXPECT_EQ(bend(p)->getAngle(3), 4.7123885f);
-             EXPECT_TRUE(bend(p)->getApplyAngles());
-         }},
-        {"jointX p", "posBulgeLeft 0.5\nposBulgeRight 1\nnegBulgeLeft -1\nnegBulgeRight 2", 0, nullptr,
-         [&](auto *p) {
-             EXPECT_EQ(bend(p)->getPosLeftBulge(), 121.92f);
-             EXPECT_EQ(bend(p)->getPosRightBulge(), 243.84f);
-             EXPECT_EQ(bend(p)->getNegLeftBulge(), -243.84f);
-             EXPECT_EQ(bend(p)->getNegRightBulge(), 487.68f);
-             EXPECT_FALSE(bend(p)->getApplyAngles() || bend(p)->getApplyBulges());
-         }},
-        {"jointX p", "doBulge 2", 0, nullptr, [&](auto *p) { EXPECT_TRUE(bend(p)->getApplyBulges()); }},
-        {"jointX p", "doBulge 1\ndoBulge 0", 0, nullptr,
-         [&](auto *p) { EXPECT_FALSE(bend(p)->getApplyBulges()); }},
-        {"twistY p", "startPt 0.25", 0, nullptr,
-         [&](auto *p) {
-             EXPECT_EQ(twist(p)->getStart(), 60.96f);
-             EXPECT_FALSE(twist(p)->getApplyBlend()) << "only endPt turns the blend on";
-         }},
-        {"twistY p", "endPt -0.5", 0, nullptr,
-         [&](auto *p) { EXPECT_TRUE(twist(p)->getEnd() == -121.92f && twist(p)->getApplyBlend()); }},
-        {"smoothScaleZ p", "smoothZones 0 0.5 1 -1", 0, nullptr,
-         [&](auto *p) {
-             auto *s = dynamic_cast<OvPoserSmoothScale *>(p);
-             EXPECT_TRUE(s->getSmoothZone(0) == 0 && s->getSmoothZone(1) == 121.92f &&
-                         s->getSmoothZone(2) == 243.84f && s->getSmoothZone(3) == -243.84f);
-         }},
-        {"twistY p", "flipped 0 extra", 0, nullptr, [](auto *p) { EXPECT_TRUE(p->isFlipped()); }},
-        {"jointX p", "center 0.1 0.2 0.3\nsomethingNew 1", 0, nullptr,
-         [&](auto *p) { EXPECT_FALSE(p->isFlipped() || bend(p)->getApplyAngles()); }},
-        // Keywords of another kind of parameter: a warning, nothing set, the reading goes on.
-        {"jointX p", "startPt 1", 0, "Wrong type of joint parameter for tag 'startPt' on line 19!",
-         [&](auto *p) { EXPECT_TRUE(bend(p)); }},
-        {"jointX p", "endPt 1", 0, "Wrong type of joint parameter for tag 'endPt' on line 19!",
-         [&](auto *p) { EXPECT_TRUE(bend(p)); }},
-        {"twistY p", "angles 1 2 3 4", 0, "Wrong type of joint parameter for tag 'angles' on line 19!",
-         [&](auto *p) { EXPECT_TRUE(twist(p)); }},
-        {"twistY p", "negBulgeRight 1", 0,
-         "Wrong type of joint parameter for tag 'negBulgeRight' on line 19!",
-         [&](auto *p) { EXPECT_TRUE(twist(p)); }},
-        {"twistY p", "doBulge 1", 0, "Wrong type of joint parameter for tag 'doBulge' on line 19!",
-         [&](auto *p) { EXPECT_TRUE(twist(p)); }},
-        {"jointX p", "smoothZones 1 2 3 4", 0,
-         "Wrong type of joint parameter for tag 'smoothZones' on line 19!",
-         [&](auto *p) { EXPECT_TRUE(bend(p)); }},
-        // Too few values stop the import, whatever the parameter's kind.
-        {"jointX p", "center 0.1", Stopped, "Not enough parameters specified for 'center'", nullptr},
-        {"jointX p", "angles 1 2 3", Stopped, "Not enough joint parameter angles specified", nullptr},
-        {"jointX p", "doBulge", Stopped, "No Bulge setting specified", nullptr},
-        {"jointX p", "posBulgeLeft", Stopped, "No posBulgeLeft value specified", nullptr},
-        {"jointX p", "negBulgeRight", Stopped, "No negBulgeRight value specified", nullptr},
-        {"jointX p", "startPt", Stopped, "Not enough parameters specified", nullptr},
-        {"twistY p", "smoothZones 1 2 3", Stopped, "Not enough parameters specified", nullptr},
-        {"twistY p", "otherActor", Stopped, "No actor specified for otherActor", nullptr},
+    const Case cases[] = {
+        {"jointX p\n{\nangles 0 90 180 270\n}\n", 0, 1,
+         "param OvPoserBendParam \"p\": axis 0, driver \"rShldr\", angles (0, 1.57079613, 3.14159226, "
+         "4.71238852) "
+         "on, bulges (0, 0, 0, 0) off\n",
+         nullptr},
+        {"jointX p\n{\nposBulgeLeft 0.5\nposBulgeRight 1\nnegBulgeLeft -1\nnegBulgeRight 2\ndoBulge 2\n}\n",
+         0, 1, "bulges (121.919998, 243.839996, -243.839996, 487.679993) on\n", nullptr},
+        {"jointX p\n{\ndoBulge 2\ndoBulge 0\ncenter 0.1 0.2 0.3\nsomethingNew 1\n}\n", 0, 1,
+         "\"p\": axis 0, driver \"rShldr\", angles (0, 0, 0, 0) off, bulges (0, 0, 0, 0) off\n", nullptr},
+        {"twistY p\n{\nstartPt 0.25\nflipped 0 extra\n}\n", 0, 1,
+         "param OvPoserTwistParam \"p\": axis 1, driver \"rShldr\", flipped, start 60.9599991, end 0, blend "
+         "off\n",
+         nullptr},
+        {"twistY p\n{\nendPt -0.5\n}\n", 0, 1, "start 0, end -121.919998, blend on\n", nullptr},
+        {"smoothScaleZ p\n{\nsmoothZones 0 0.5 1 -1\n}\n", 0, 1,
+         "param OvPoserSmoothScale \"p\": axis 2, driver \"rShldr\", zones (0, 121.919998, 243.839996, "
+         "-243.839996)",
+         nullptr},
+        // Keywords of another kind of parameter: a warning, and the reading goes on.
+        {"jointX p\n{\nstartPt 1\n}\n", 0, 1, "",
+         "Wrong type of joint parameter for tag 'startPt' on line 19!"},
+        {"jointX p\n{\nendPt 1\n}\n", 0, 1, "", "Wrong type of joint parameter for tag 'endPt' on line 19!"},
+        {"jointY p\n{\nsmoothZones 1 2 3 4\n}\n", 0, 1, "", "for tag 'smoothZones' on line 19!"},
+        {"twistY p\n{\nangles 1 2 3 4\n}\n", 0, 1, "end 0, blend off", "for tag 'angles' on line 19!"},
+        {"twistY p\n{\nnegBulgeRight 1\n}\n", 0, 1, "", "for tag 'negBulgeRight' on line 19!"},
+        {"smoothScaleX p\n{\ndoBulge 1\n}\n", 0, 1, "", "for tag 'doBulge' on line 19!"},
+        // Too few values stop the import.
+        {"jointX p\n{\ncenter 0.1\n}\n", Stopped, 1, "",
+         "error: Not enough parameters specified for 'center' on line 19"},
+        {"jointX p\n{\nangles 1 2 3\n}\n", Stopped, 1, "",
+         "error: Not enough joint parameter angles specified on line 19"},
+        {"jointX p\n{\ndoBulge\n}\n", Stopped, 1, "", "error: No Bulge setting specified on line 19"},
+        {"jointX p\n{\nposBulgeLeft\n}\n", Stopped, 1, "",
+         "error: No posBulgeLeft value specified on line 19"},
+        {"jointX p\n{\nnegBulgeRight\n}\n", Stopped, 1, "",
+         "error: No negBulgeRight value specified on line 19"},
+        {"twistX p\n{\nstartPt\n}\n", Stopped, 1, "", "error: Not enough parameters specified on line 19"},
+        {"jointX p\n{\nsmoothZones 1 2 3\n}\n", Stopped, 1, "",
+         "error: Not enough parameters specified on line 19"},
+        {"twistY p\n{\notherActor\n}\n", Stopped, 1, "",
+         "error: No actor specified for otherActor on line 19"},
     };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(std::string(c.channel) + " / " + c.body);
-        OvApp::reset();
-        g_messages.clear();
-        ASSERT_EQ(readFigure(QByteArray(c.channel) + "\n{\n" + c.body + "\n}\n"), c.result);
-        if (c.message) {
-            const QString text = QString::fromLatin1(c.message);
-            EXPECT_TRUE(c.result == Stopped ? logged("error: " + text + at(19)) : messaged(text))
-                << logText().toStdString() << g_messages.join('\n').toStdString();
-        } else {
-            EXPECT_TRUE(logText().isEmpty() && g_messages.isEmpty()) << logText().toStdString();
-        }
-        if (c.check) {
-            OvPoserJointParam *p = param("p");
-            ASSERT_TRUE(p);
-            c.check(p);
-        }
-    }
+    for (const Case &c : cases)
+        check(c);
 }
 
-TEST_F(PoserJoints, ChannelLinesNameKindAxisAndDriver) {
-    ASSERT_EQ(readFigure("jointX rShldr\n{\n}\ntwistY rShldr_rForeArm\n{\notherActor rForeArm:1\n"
-                         "otherActor hip:1\n}\nsmoothScaleZ rShldr_hip\n{\notherActor nobody:1\n}\n"
-                         "jointZ rShldr\n{\nangles 1 2 3 4\n}\n"),
-              0u);
-    OvBone *shoulder = bone("rShldr");
-    auto *bend = param<OvPoserBendParam>("rShldr");
-    auto *twist = param<OvPoserTwistParam>("rShldr_rForeArm");
-    auto *smooth = param<OvPoserSmoothScale>("rShldr_hip");
-    ASSERT_TRUE(bend && twist && smooth);
-    EXPECT_EQ(joint()->getNumParams(), 3);
-    EXPECT_EQ(importer.findNodeItem(shoulder)->jointParams,
-              (QList<OvPoserJointParam *>{bend, twist, smooth}));
-    EXPECT_EQ(bend->getDriver(), shoulder) << "a name without '_' is driven by its own bone";
-    EXPECT_EQ(twist->getDriver(), bone("rForeArm")) << "the first otherActor drives, the second is ignored";
-    EXPECT_EQ(smooth->getDriver(), nullptr);
-    EXPECT_TRUE(logged("info: No bone found for otherActor" + at(27))) << logText().toStdString();
-    EXPECT_EQ(twist->getAxis(), OvPoserJointParam::AxisY);
-    EXPECT_EQ(smooth->getAxis(), OvPoserJointParam::AxisZ);
-    // The same name again finds the parameter made first: jointZ re-aims the bend.
-    EXPECT_EQ(bend->getAxis(), OvPoserJointParam::AxisZ);
-    EXPECT_TRUE(bend->getApplyAngles());
-}
-
-TEST_F(PoserJoints, AnExistingNameKeepsItsKind) {
-    ASSERT_EQ(readFigure("jointX p\n{\n}\ntwistY p\n{\nstartPt 1\n}\n"), 0u);
-    EXPECT_EQ(joint()->getNumParams(), 1);
-    EXPECT_TRUE(param<OvPoserBendParam>("p"));
-    EXPECT_TRUE(messaged("Wrong type of joint parameter for tag 'startPt' on line 22!"));
-}
-
-TEST_F(PoserJoints, ChannelLinesThatMakeNoParameter) {
-    const struct {
-        QByteArray channels;
-        unsigned result;
-        const char *log;     // expected in the log, on the channel line
-        const char *message; // expected as Qt output
-    } cases[] = {
-        {"jointY\n{\n}\n", Stopped, "error: No joint parameter name was specified", nullptr},
-        {"curve\n{\n}\n", Stopped, "error: No curve parameter name was specified", nullptr},
-        // A curve follows a twist; without one the whole section is skipped, braces and all.
-        {"curve c\n{\nflipped\nsphereMatsRaw\n{\n}\n}\n", 0, nullptr,
+TEST_F(PoserJoints, ChannelLinesAndSphereMatrices) {
+    const Case cases[] = {
+        // A name with '_' names a bone pair: the first otherActor drives it, a second does not.
+        {"twistY rShldr_rForeArm\n{\notherActor rForeArm:1\notherActor hip:1\n}\n", 0, 1,
+         "\"rShldr_rForeArm\": axis 1, driver \"rForeArm\",", nullptr},
+        {"smoothScaleX a_b\n{\notherActor nobody:1\n}\n", 0, 1, "\"a_b\": axis 0, driver none,",
+         "info: No bone found for otherActor on line 19"},
+        // The same name finds the parameter made first, whatever the kind; the axis follows.
+        {"jointX p\n{\n}\ntwistZ p\n{\nstartPt 1\n}\n", 0, 1, "OvPoserBendParam \"p\": axis 2,",
+         "for tag 'startPt' on line 22!"},
+        {"jointY\n{\n}\n", Stopped, 0, "", "error: No joint parameter name was specified on line 17"},
+        {"curve\n{\n}\n", Stopped, 0, "", "error: No curve parameter name was specified on line 17"},
+        // A curve follows the first twist; without one its whole section is skipped.
+        {"twistX t\n{\n}\ntwistZ u\n{\n}\ncurve c\n{\nflipped\n}\n", 0, 3,
+         "param OvPoserCurve \"c\": axis 5, driver none, flipped, bone \"rShldr\"", nullptr},
+        {"twistY t\n{\n}\ncurve c\n{\n}\n", 0, 2, "OvPoserCurve \"c\": axis 4,", nullptr},
+        {"twistZ t\n{\n}\ncurve c\n{\n}\n", 0, 2, "OvPoserCurve \"c\": axis 3,", nullptr},
+        {"curve c\n{\nflipped\nsphereMatsRaw\n{\n}\n}\n", 0, 0, "",
          "No twist parameter found for bone when adding curve!"},
+        // Sphere matrices in the usual layout: a block of two blocks of four rows, host units but for
+        // the homogeneous column.
+        {"jointX p\n{\nsphereMatsRaw\n{\n{\n1 0 0 0\n0 2 0 0\n0 0 3 0\n0.5 0.25 0 1\n}\n{\n4 0 0 0\n0 5 0 0\n"
+         "0 0 6 0 extra\n1 1 1 1\n}\n}\nflipped\n}\ntwistY t\n{\n}\n",
+         0, 2,
+         "flipped, angles (0, 0, 0, 0) off, bulges (0, 0, 0, 0) off\n"
+         "sphere matrix (243.839996, 0, 0, 0, 0, 487.679993, 0, 0, 0, 0, 731.52002, 0, 121.919998, "
+         "60.9599991, 0, 1)\n"
+         "sphere matrix (975.359985, 0, 0, 0, 0, 1219.19995, 0, 0, 0, 0, 1463.04004, 0, 243.839996, "
+         "243.839996, "
+         "243.839996, 1)\nparam OvPoserTwistParam",
+         nullptr},
+        // Cut short by a '}' the block did not open: it closes the joint section.
+        {"jointX p\n{\nsphereMatsRaw\n1 0 0 0\n0 1 0 0\n}\ntwistY t\n{\n}\n", 0, 2, "OvPoserTwistParam \"t\"",
+         "info: sphereMatsRaw ends after 2 of its 8 rows; its sphere matrices are not used on line 22"},
+        // A block that closes early is as short; the lines after it belong to the joint section.
+        {"jointX p\n{\nsphereMatsRaw\n{\n{\n1 0 0 0\n}\n}\nflipped\n}\n", 0, 1,
+         "\"p\": axis 0, driver \"rShldr\", flipped",
+         "info: sphereMatsRaw ends after 1 of its 8 rows; its sphere matrices are not used on line 24"},
     };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.channels.toStdString());
-        OvApp::reset();
-        g_messages.clear();
-        ASSERT_EQ(readFigure(c.channels, "hidden 1\n"), c.result);
-        if (c.log) {
-            EXPECT_TRUE(logged(QString(c.log) + at(17))) << logText().toStdString();
-        }
-        if (c.message) {
-            EXPECT_TRUE(messaged(c.message) && bone("rShldr")->isHidden());
-        }
-        EXPECT_EQ(joint()->getNumParams(), 0);
-    }
+    for (const Case &c : cases)
+        check(c);
+}
 
+TEST_F(PoserJoints, NoBoneOrNoMoreInput) {
     // A prop is no bone: no parameter, and the body is read as a nested channels section.
-    OvApp::reset();
-    g_messages.clear();
     ASSERT_TRUE(readOk("box.pp2", "prop box\n{\nchannels\n{\ntwistX t\n{\nflipped\n}\n}\nhidden 1\n}\n"));
-    EXPECT_TRUE(messaged("Wrong type of node for joint parameter on line 5!"))
-        << g_messages.join('\n').toStdString();
+    EXPECT_TRUE(g_messages.contains("Wrong type of node for joint parameter on line 5!"))
+        << g_messages.toStdString();
     EXPECT_TRUE(labelled("box")->isHidden());
-}
 
-TEST_F(PoserJoints, CurvesFollowTheFirstTwist) {
-    const struct {
-        const char *twist;
-        int axis;
-    } cases[] = {{"twistX", 5}, {"twistY", 4}, {"twistZ", 3}};
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.twist);
-        OvApp::reset();
-        ASSERT_EQ(readFigure(QByteArray(c.twist) + " t\n{\n}\ntwistZ u\n{\n}\ncurve c\n{\nflipped\n}\n"), 0u);
-        auto *curve = param<OvPoserCurve>("c");
-        ASSERT_TRUE(curve);
-        EXPECT_EQ(int(curve->getAxis()), c.axis);
-        EXPECT_EQ(curve->getBone(), bone("rShldr"));
-        EXPECT_EQ(curve->getDriver(), nullptr) << "a curve's channel sets no driver";
-        EXPECT_TRUE(curve->isFlipped()) << "its body is read";
-    }
-}
-
-TEST_F(PoserJoints, SphereMatricesInTheUsualLayout) {
-    // After the matrices the joint section, the channels section and the actor go on as written.
-    ASSERT_EQ(readFigure("jointX p\n{\n" + kSphereMats + "flipped\n}\ntwistY t\n{\n}\n", "hidden 1\n"), 0u);
-    auto *p = param("p");
-    ASSERT_TRUE(p && p->getApplyMatrices());
-    const float first[16] = {1, 0, 0, 0, 0, 2, 0, 0, 0, 0, 3, 0, 0.5f, 0.25f, 0, 1};
-    const float second[16] = {4, 0, 0, 0, 0, 5, 0, 0, 0, 0, 6, 0, 1, 1, 1, 1};
-    for (int i = 0; i < 16; ++i) {
-        const float unit = i % 4 == 3 ? 1.0f : 243.84f; // the homogeneous column is not scaled
-        EXPECT_EQ(p->getFirstMatrix().data()[i], first[i] * unit) << i;
-        EXPECT_EQ(p->getSecondMatrix().data()[i], second[i] * unit) << i;
-    }
-    EXPECT_TRUE(p->isFlipped());
-    EXPECT_TRUE(param<OvPoserTwistParam>("t"));
-    EXPECT_TRUE(bone("rShldr")->isHidden());
-    EXPECT_TRUE(bone("rForeArm")->getNodeParent() == bone("rShldr"));
-    EXPECT_TRUE(logText().isEmpty()) << logText().toStdString();
-}
-
-TEST_F(PoserJoints, SphereMatricesCutShort) {
-    // A '}' that the block did not open closes the joint section: what follows is read as usual.
-    ASSERT_EQ(readFigure("jointX p\n{\nsphereMatsRaw\n1 0 0 0\n0 1 0 0\n}\ntwistY t\n{\n}\n", "hidden 1\n"),
+    OvApp::reset();
+    ASSERT_EQ(read("cut.cr2",
+                   "actor hip:1\n{\n}\nactor hip:1\n{\nchannels\n{\njointX p\n{\nsphereMatsRaw\n{\n{\n"
+                   "1 0 0 0\n0 1 0 0\n0 0 1 0\n"),
               0u);
-    EXPECT_TRUE(
-        logged("info: sphereMatsRaw ends after 2 of its 8 rows; its sphere matrices are not used" + at(22)))
+    EXPECT_TRUE(logText().contains("ends after 3 of its 8 rows; its sphere matrices are not used on line 15"))
         << logText().toStdString();
-    EXPECT_FALSE(param("p")->getApplyMatrices());
-    EXPECT_TRUE(param<OvPoserTwistParam>("t") && bone("rShldr")->isHidden());
-    EXPECT_FALSE(logged("Unexpected")) << logText().toStdString();
-
-    // A block that closes early is as short; its own braces stay its own.
-    OvApp::reset();
-    ASSERT_EQ(readFigure("jointX p\n{\nsphereMatsRaw\n{\n{\n1 0 0 0\n}\n}\nflipped\n}\n", "hidden 1\n"), 0u);
-    EXPECT_TRUE(logged("ends after 1 of its 8 rows; its sphere matrices are not used" + at(24)));
-    EXPECT_TRUE(param("p")->isFlipped() && !param("p")->getApplyMatrices() && bone("rShldr")->isHidden());
-
-    // The end of the file.
-    OvApp::reset();
-    path = file("cut.cr2", "* no geometry\nactor hip:1\n{\n}\nactor hip:1\n{\nchannels\n{\njointX p\n{\n"
-                           "sphereMatsRaw\n{\n{\n1 0 0 0\n0 1 0 0\n0 0 1 0\n");
-    EXPECT_EQ(importer.read(path, OvFileIOSettings()), 0u);
-    EXPECT_TRUE(logged("ends after 3 of its 8 rows; its sphere matrices are not used" + at(16)))
-        << logText().toStdString();
-    EXPECT_TRUE(logged("3 sections still open at the end of file"))
-        << "the block's own braces are not counted";
-}
-
-TEST(JointParamsCore, MatrixFlagScaleAndJointOwnership) {
-    OvMatrix4 identity, zero(false);
-    EXPECT_TRUE(identity.get(0, 0) == 1 && identity.get(3, 3) == 1 && identity.get(3, 0) == 0);
-    EXPECT_EQ(zero, OvMatrix4(false));
-    EXPECT_FALSE(zero == identity);
-    identity.set(3, 1, 2);
-    identity.scale(10);
-    EXPECT_TRUE(identity.get(0, 0) == 10 && identity.get(3, 1) == 20 && identity.get(3, 3) == 1 &&
-                identity.get(0, 3) == 0);
-
-    OvPoserJoint joint;
-    auto *a = new OvPoserBendParam;
-    auto *b = new OvPoserTwistParam;
-    a->setName("a");
-    b->setName("b");
-    joint.addJointParam(a);
-    joint.addJointParam(b);
-    EXPECT_TRUE(joint.getNumParams() == 2 && joint.getParam(0) == a && joint.getParam(1) == b);
-    EXPECT_TRUE(joint.findJointParam("b") == b && !joint.findJointParam("c"));
-    EXPECT_STREQ(b->className(), "OvPoserTwistParam");
+    EXPECT_TRUE(logText().contains("3 sections still open at the end of file"))
+        << "the block's braces are its own";
 }
 
 } // namespace
