@@ -299,6 +299,9 @@ protected:
     bool bodyDeformerProp(char **argv, int argc);
     // A channel value in host units: translations (and a deformer zone's size) are Poser lengths.
     float channelUnits(float value) const;
+    bool bodyValue(char **argv, float &value);
+    // When a channel body closes.
+    void checkChannelLimits();
     // The last scene item whose Poser name (or, without one, its node's label) is `name`.
     OvNode *lastSceneItemNamed(const QString &name) const;
 
