@@ -85,7 +85,7 @@ TEST_F(Channels, LimitsSensitivityAndClampingInHostUnits) {
                                  "rotateY yrot\n{\nforceLimits 1\nmin -9999\nmax 50\ntrackingScale 0\n"
                                  "trackingScale -1\nforceLimits 0\n}\n"
                                  "rotateX xrot\n{\nforceLimits 1\nmin -10000\nmax 10000\n}\n"
-                                 "rotateZ zrot\n{\nmin -80\nmax 80\nforceLimits 1\n}\n"
+                                 "rotateZ zrot\n{\ninitValue 100\nmin -80\nmax 80\nforceLimits 1\n}\n"
                                  "valueParm Swapped\n{\nmin 10\nmax -10\n}\n")));
     OvNode *box = labelled("box");
     OvFloatProperty *ty = box->getYPosControl(), *ry = box->getYRotControl(), *rx = box->getXRotControl(),
@@ -99,6 +99,7 @@ TEST_F(Channels, LimitsSensitivityAndClampingInHostUnits) {
     EXPECT_FALSE(rx->isClamped());
     EXPECT_EQ(rx->getMax(), 10000.0f);
     // A clamped dial stays in its range.
+    EXPECT_TRUE(rz->getValue() == 80.0f && rz->getDefaultValue() == 100.0f) << "limits given after the value";
     rz->setValue(120);
     EXPECT_EQ(rz->getValue(), 80.0f);
     rx->setValue(20000);

@@ -94,11 +94,16 @@ bool OvPZ3Importer::bodyValue(char **argv, float &value) {
     return true;
 }
 
-// Limits that were given the wrong way round are put right, and said so.
+// Limits that were given the wrong way round are put right, and said so; a clamped dial takes its
+// limits, which its body may give after its value.
 void OvPZ3Importer::checkChannelLimits() {
     auto *f = dynamic_cast<OvFloatProperty *>(m_curProperty);
-    if (!f || !(f->getMin() > f->getMax()))
+    if (!f)
         return;
+    if (!(f->getMin() > f->getMax())) {
+        f->setValue(f->getValue());
+        return;
+    }
     reportInfo(tr("The minimum of channel \"%1\" (%2) lies above its maximum (%3); the two are swapped")
                    .arg(f->getLabel())
                    .arg(double(f->getMin()))
@@ -106,6 +111,7 @@ void OvPZ3Importer::checkChannelLimits() {
     const float min = f->getMax();
     f->setMax(f->getMin());
     f->setMin(min);
+    f->setValue(f->getValue());
 }
 
 float OvPZ3Importer::channelUnits(float value) const {
