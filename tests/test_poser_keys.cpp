@@ -140,6 +140,49 @@ TEST_F(Keys, CameraKeysTakeThePoserCameraConventions) {
     }
 }
 
+// Reaches the importer's key records, as a hand pose would set them up.
+struct HandImporter : OvPZ3Importer {
+    void applyHandKeys(OvNode *node, Pz3HandSide hand, Pz3HandSide file) {
+        m_handSide = hand;
+        m_fileHandSide = file;
+        for (int type : {RotateX, RotateY, RotateZ}) {
+            m_curChannelType = type;
+            addTransformKey(0, 10.0f, 1);
+        }
+        applyTransformKeys(node, m_keys, 4.0f);
+    }
+};
+
+TEST_F(Keys, AHandPoseForTheOtherHandMirrorsItsTurnsAndTwists) {
+    for (auto file : {Pz3HandSide::Right, Pz3HandSide::Left}) {
+        OvNode node;
+        HandImporter().applyHandKeys(&node, Pz3HandSide::Right, file);
+        const float mirrored = file == Pz3HandSide::Left ? -10.0f : 10.0f;
+        EXPECT_EQ(keysOf(node.getXRotControl()), "0:10:2");
+        EXPECT_FLOAT_EQ(node.getYRotControl()->getKeyValue(0), mirrored);
+        EXPECT_FLOAT_EQ(node.getZRotControl()->getKeyValue(0), mirrored);
+    }
+}
+
+TEST_F(Keys, APoseKeysFromTheCurrentFrameAndMayLengthenThePlayRange) {
+    const QByteArray pose =
+        "actor hip:1\n{\nchannels\n{\n" + keyed("rotateX xrot", "k 0 5\nk 10 6\n") + "}\n}\n";
+    for (OvApp::Answer answer : {OvApp::AnswerDefault, OvApp::AnswerYes}) {
+        OvApp::reset();
+        OvApp::setHeadlessAnswer(answer);
+        ASSERT_TRUE(readOk("fig.cr2", "actor hip:1\n{\n}\n"));
+        scene()->setPrimarySelection(skeleton("fig"));
+        scene()->setTime(30 * Step);
+        ASSERT_TRUE(readOk("p.pz2", pose));
+        OvNode *hip = skeleton("fig")->findBone("hip");
+        EXPECT_EQ(keysOf(hip->getXRotControl()), "30:5:2 40:6:2");
+        const int end = answer == OvApp::AnswerYes ? 40 * Step : 30 * Step;
+        EXPECT_EQ(scene()->getPlayRange(), OvTimeRange(0, end));
+        EXPECT_EQ(scene()->getAnimRange(), OvTimeRange(0, end));
+        EXPECT_TRUE(logText().contains("asked \"Add Frames to Play Range?\"")) << logText().toStdString();
+    }
+}
+
 // An arm (clamped to -10..10) keyed beyond its limit, twice, in a file read with a main window.
 class LimitsQuestion : public Keys {
 protected:
