@@ -147,6 +147,7 @@ void OvPZ3Importer::applyTransformKeys(OvNode *node, OvTArray<Pz3Key> &keys, flo
         qDebug("NULL node passed to OvPZ3Importer::applyTransformKeys()");
         return;
     }
+    // A node item that has seen no rotation channel has no order to give.
     OvRotationOrder order = node->getRotationOrder();
     if (const OvPz3NodeItem *item = findNodeItem(node); item && item->rotAxisCount > 0)
         order = item->rotOrder;
