@@ -11,9 +11,10 @@ class QIODevice;
 struct ImportReport {
     unsigned result = 0;
     bool includeMeshData = true; // full vertex, UV, face and group lists in the JSON
+    int frame = -1;              // property values at this frame; -1: at the scene's time
 };
 
 // The JSON goes to `out` as bytes; the text-stream form writes to the stream's device (or string).
 void writeSceneJson(QIODevice &out, const OvScene &scene, const ImportReport &report);
 void writeSceneJson(QTextStream &out, const OvScene &scene, const ImportReport &report);
-void writeSceneTree(QTextStream &out, const OvScene &scene);
+void writeSceneTree(QTextStream &out, const OvScene &scene, int frame = -1);

@@ -1,6 +1,7 @@
 // The scene and the import log as one JSON document; the layout is described in
 // docs/scene-json.md.
 #include "JsonWriter.h"
+#include "SceneAnimation.h"
 #include "SceneDump.h"
 
 #include "SceneWalk.h"
@@ -157,7 +158,8 @@ void mesh(JsonWriter &w, const MeshUse &use, bool data) {
 
 class JsonSceneWriter : public SceneVisitor {
 public:
-    JsonSceneWriter(JsonWriter &w, const SceneWalk &walk, bool data) : m_w(w), m_walk(walk), m_data(data) {}
+    JsonSceneWriter(JsonWriter &w, const SceneWalk &walk, bool data, int time, int step)
+        : m_w(w), m_walk(walk), m_data(data), m_time(time), m_step(step) {}
 
     void beginList(List which) override {
         m_w.key(listKey(which));
@@ -190,6 +192,8 @@ private:
     JsonWriter &m_w;
     const SceneWalk &m_walk;
     bool m_data;
+    int m_time; // values are shown at this time
+    int m_step;
 };
 
 // A node is referred to by name; null when there is none, {"outsideScene": true} when it is not
@@ -218,6 +222,7 @@ void JsonSceneWriter::enterNode(const OvNode &node) {
     numbers(m_w, "endPoint", {e[0], e[1], e[2]});
     numbers(m_w, "orientation", {q[0], q[1], q[2], q[3]});
     m_w.field("rotationOrder", rotationOrderName(node.getRotationOrder()));
+    writeGroupsJson(m_w, node.findPropertyGroups());
 }
 
 void JsonSceneWriter::skeleton(const OvSkeleton &skeleton) {
@@ -283,7 +288,7 @@ void JsonSceneWriter::camera(const OvBasicCamera &camera) {
     m_w.field("type", camera.getCameraType());
     m_w.field("perspective", camera.isPerspective());
     m_w.field("creationFlag", camera.getCreationFlag());
-    m_w.field("focalLength", camera.getFocalLengthChannel()->getValue());
+    m_w.field("focalLength", camera.getFocalLengthChannel()->getValueAt(m_time));
     m_w.field("focalDistance", camera.getFocalDistance());
     m_w.endObject();
 }
@@ -315,12 +320,14 @@ void JsonSceneWriter::writeProperty(const OvProperty &p) {
     m_w.field("canAnimate", p.canAnimate());
     if (auto *n = dynamic_cast<const OvNumericProperty *>(&p))
         m_w.field("clamped", n->isClamped());
+    if (!p.getPath().isEmpty())
+        m_w.field("path", p.getPath());
     if (auto *i = dynamic_cast<const OvIntProperty *>(&p)) {
-        m_w.field("value", i->getValue());
+        m_w.field("value", i->getValueAt(m_time));
         m_w.field("min", i->getMin());
         m_w.field("max", i->getMax());
     } else if (auto *f = dynamic_cast<const OvFloatProperty *>(&p)) {
-        m_w.field("value", f->getValue());
+        m_w.field("value", f->getValueAt(m_time));
         m_w.field("default", f->getDefaultValue());
         // An unbounded end is null.
         m_w.key("min");
@@ -339,9 +346,9 @@ void JsonSceneWriter::writeProperty(const OvProperty &p) {
             nodeRef(target->getNode());
         }
     } else if (auto *c = dynamic_cast<const OvColorProperty *>(&p)) {
-        m_w.field("value", colorText(c->getValue()));
+        m_w.field("value", colorText(c->getColorValue(m_time)));
     } else if (auto *b = dynamic_cast<const OvBoolProperty *>(&p)) {
-        m_w.field("value", b->getValue());
+        m_w.field("value", b->getValueAt(m_time));
     } else if (auto *s = dynamic_cast<const OvSkeletonProperty *>(&p)) {
         m_w.key("value");
         nodeRef(s->getValue());
@@ -353,6 +360,7 @@ void JsonSceneWriter::writeProperty(const OvProperty &p) {
             m_w.value(item);
         m_w.endArray();
     }
+    writeKeysJson(m_w, p, m_step);
     m_w.key("controllers");
     m_w.beginArray();
     for (int i = 0; i < p.getNumControllers(); ++i)
@@ -509,8 +517,12 @@ void writeSceneJson(QIODevice &out, const OvScene &scene, const ImportReport &re
     w.field("timeStep", scene.getTimeStep());
     timeRange(w, "animRange", scene.getAnimRange());
     timeRange(w, "playRange", scene.getPlayRange());
+    if (report.frame >= 0)
+        w.field("frame", report.frame);
+    writeViewportsJson(w);
     SceneWalk walk(scene);
-    JsonSceneWriter writer(w, walk, report.includeMeshData);
+    JsonSceneWriter writer(w, walk, report.includeMeshData, dumpTime(scene, report.frame),
+                           scene.getTimeStep());
     walk.walk(writer);
     w.endObject();
     w.endObject();

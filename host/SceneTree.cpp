@@ -1,6 +1,7 @@
 // The scene as an indented tree for a person to read: what a freshly made node or object would
 // show anyway is left out.
 #include "JsonWriter.h"
+#include "SceneAnimation.h"
 #include "SceneDump.h"
 #include "SceneWalk.h"
 #include <cmath>
@@ -53,7 +54,7 @@ bool isFreshFloat(const OvFloatProperty &f, float value) {
 // focal length are shown on their class's own line instead.
 bool isStandardAtRest(const OvElement &owner, const OvProperty &p) {
     if (p.isHidden() || p.getLabel() != p.getName() || p.getNumControllers() > 0 || p.isUserProperty() ||
-        !p.canAnimate())
+        !p.canAnimate() || p.getNumKeys() > 0 || !p.getPath().isEmpty())
         return false;
     auto floatIs = [&p](const OvFloatProperty *control, float fresh) {
         return &p == control && control->getValue() == fresh && isFreshFloat(*control, fresh);
@@ -100,7 +101,8 @@ QString intRangeText(const OvIntProperty &p) {
 
 class TreeWriter : public SceneVisitor {
 public:
-    TreeWriter(QTextStream &out, const SceneWalk &walk) : m_out(out), m_walk(walk) {}
+    TreeWriter(QTextStream &out, const SceneWalk &walk, int time, int step)
+        : m_out(out), m_walk(walk), m_time(time), m_step(step) {}
 
     void enterNode(const OvNode &node) override {
         m_out << m_indent << node.metaObject()->className() << " " << quoted(node.getName());
@@ -114,6 +116,7 @@ public:
             m_out << m_indent << "origin " << vecText(node.getOrigin()) << ", end point "
                   << vecText(node.getEndPoint()) << ", orientation " << quatText(node.getOrientation())
                   << ", rotation order " << rotationOrderName(node.getRotationOrder()) << "\n";
+        writeGroupsTree(m_out, m_indent, node.findPropertyGroups());
     }
     void leaveNode(const OvNode &) override { outdent(); }
     void skeleton(const OvSkeleton &skeleton) override;
@@ -158,6 +161,8 @@ private:
     const SceneWalk &m_walk;
     size_t m_depth = 1;
     QString m_indent = QStringLiteral("  ");
+    int m_time; // values are shown at this time
+    int m_step;
 };
 
 QString TreeWriter::nodeRef(const OvNode *node) const {
@@ -208,8 +213,8 @@ void TreeWriter::camera(const OvBasicCamera &camera) {
         m_out << " (perspective)";
     if (camera.getCreationFlag())
         m_out << ", creation flag";
-    m_out << ", focal length " << num(camera.getFocalLengthChannel()->getValue()) << ", focal distance "
-          << num(camera.getFocalDistance()) << "\n";
+    m_out << ", focal length " << num(camera.getFocalLengthChannel()->getValueAt(m_time))
+          << ", focal distance " << num(camera.getFocalDistance()) << "\n";
 }
 
 void TreeWriter::dataItem(const OvElementData &d) {
@@ -232,9 +237,9 @@ void TreeWriter::writeProperty(const OvProperty &p) {
         if (e->getMin() != 0 || e->getMax() != std::max(0, e->getNumItems() - 1))
             m_out << intRangeText(*e);
     } else if (auto *i = dynamic_cast<const OvIntProperty *>(&p)) {
-        m_out << " = " << i->getValue() << intRangeText(*i);
+        m_out << " = " << i->getValueAt(m_time) << intRangeText(*i);
     } else if (auto *f = dynamic_cast<const OvFloatProperty *>(&p)) {
-        m_out << " = " << num(f->getValue());
+        m_out << " = " << num(f->getValueAt(m_time));
         if (!isFreshFloat(*f, f->getValue())) {
             m_out << ", default " << num(f->getDefaultValue()) << ", range "
                   << (std::isinf(f->getMin()) ? QStringLiteral("-") : num(f->getMin())) << ".."
@@ -244,9 +249,9 @@ void TreeWriter::writeProperty(const OvProperty &p) {
         if (auto *target = dynamic_cast<const OvNumericNodeProperty *>(&p))
             m_out << ", target " << nodeRef(target->getNode());
     } else if (auto *c = dynamic_cast<const OvColorProperty *>(&p)) {
-        m_out << " = " << colorText(c->getValue());
+        m_out << " = " << colorText(c->getColorValue(m_time));
     } else if (auto *b = dynamic_cast<const OvBoolProperty *>(&p)) {
-        m_out << " = " << (b->getValue() ? "true" : "false");
+        m_out << " = " << (b->getValueAt(m_time) ? "true" : "false");
     } else if (auto *s = dynamic_cast<const OvSkeletonProperty *>(&p)) {
         m_out << " = " << nodeRef(s->getValue());
     }
@@ -258,7 +263,9 @@ void TreeWriter::writeProperty(const OvProperty &p) {
         m_out << ", user";
     if (!p.canAnimate())
         m_out << ", not animated";
-    m_out << "\n";
+    if (!p.getPath().isEmpty())
+        m_out << ", group " << quoted(p.getPath());
+    m_out << keysText(p, m_step) << "\n";
     indent();
     for (int i = 0; i < p.getNumControllers(); ++i)
         writeController(*p.getController(i));
@@ -412,11 +419,14 @@ void TreeWriter::material(const OvMaterial &m, int id, bool first) {
 
 } // namespace
 
-void writeSceneTree(QTextStream &out, const OvScene &scene) {
+void writeSceneTree(QTextStream &out, const OvScene &scene, int frame) {
     out << "scene: time " << scene.getTime() << ", time step " << scene.getTimeStep() << ", animation "
         << scene.getAnimRange().getStart() << ".." << scene.getAnimRange().getEnd() << ", play "
-        << scene.getPlayRange().getStart() << ".." << scene.getPlayRange().getEnd() << "\n";
+        << scene.getPlayRange().getStart() << ".." << scene.getPlayRange().getEnd();
+    if (frame >= 0)
+        out << ", values at frame " << frame;
+    out << "\n" << viewportsText();
     SceneWalk walk(scene);
-    TreeWriter writer(out, walk);
+    TreeWriter writer(out, walk, dumpTime(scene, frame), scene.getTimeStep());
     walk.walk(writer);
 }

@@ -29,6 +29,11 @@ const char *const kUsage =
     "                       which replaces the tree); format: docs/scene-json.md\n"
     "  --no-mesh-data       leave vertex, UV, face and group lists out of the JSON (counts stay)\n"
     "  --no-tree            do not print the tree\n"
+    "  --frame N            show property values at frame N (tree and JSON) instead of at the\n"
+    "                       scene's current time\n"
+    "  --answer ANSWER      answer the questions the import asks with yes, no or cancel (default:\n"
+    "                       the host's default, as a host without a window cannot ask); the log\n"
+    "                       says what was asked and answered\n"
     "  --list-importers     list the plug-in's importers and exit\n"
     "  --debug              also print the importers' debug traces\n"
     "  --max-expansion N    stop a compressed file whose text grows past N times its compressed\n"
@@ -63,6 +68,7 @@ int main(int argc, char **argv) {
     opts.pluginPath = QCoreApplication::applicationDirPath() + QStringLiteral("/PoserImporters.so");
     QString jsonOut, file;
     bool tree = true, listOnly = false, meshData = true;
+    int frame = -1;
     QStringList args = app.arguments();
     for (int i = 1; i < args.size(); ++i) {
         const QString &a = args[i];
@@ -90,6 +96,22 @@ int main(int argc, char **argv) {
         } else if (a == QLatin1String("--json")) {
             if (!next(jsonOut))
                 return usageError(QStringLiteral("--json needs a file name or -"));
+        } else if (a == QLatin1String("--frame")) {
+            bool ok = false;
+            frame = next(v) ? v.toInt(&ok) : -1;
+            if (!ok || frame < 0)
+                return usageError(QStringLiteral("--frame needs a frame number of 0 or more"));
+        } else if (a == QLatin1String("--answer")) {
+            static const char *const answers[] = {"yes", "no", "cancel"};
+            static const OvApp::Answer codes[] = {OvApp::AnswerYes, OvApp::AnswerNo, OvApp::AnswerCancel};
+            int which = -1;
+            if (next(v))
+                for (int k = 0; k < 3; ++k)
+                    if (v == QLatin1String(answers[k]))
+                        which = k;
+            if (which < 0)
+                return usageError(QStringLiteral("--answer needs yes, no or cancel"));
+            OvApp::setHeadlessAnswer(codes[which]);
         } else if (a == QLatin1String("--no-tree")) {
             tree = false;
         } else if (a == QLatin1String("--no-mesh-data")) {
@@ -145,6 +167,7 @@ int main(int argc, char **argv) {
         ImportReport report;
         report.result = outcome.result;
         report.includeMeshData = meshData;
+        report.frame = frame;
         if (jsonOut == QLatin1String("-")) {
             QFile out;
             out.open(stdout, QIODevice::WriteOnly);
@@ -162,7 +185,7 @@ int main(int argc, char **argv) {
     }
     if (tree) {
         QTextStream out(stdout);
-        writeSceneTree(out, *scene);
+        writeSceneTree(out, *scene, frame);
     }
     if (outcome.result != 0) {
         std::fprintf(stderr, "ovimport: importing %s failed: %s\n", qPrintable(file),

@@ -1,6 +1,7 @@
 #include "OvApp.h"
 #include "OvImageMgr.h"
 #include "OvScene.h"
+#include "OvViewport.h"
 
 #include <QHash>
 #include <QLocale>
@@ -29,6 +30,8 @@ struct AppState {
     OvHelpMgr helpMgr;
     std::unique_ptr<OvScene> scene;
     OvMainWindow *mainWindow = nullptr;
+    std::unique_ptr<OvViewportMgr> viewportMgr;
+    OvApp::Answer headlessAnswer = OvApp::AnswerDefault;
 };
 
 AppState &state() {
@@ -167,6 +170,20 @@ void OvApp::setInterface(OvMainWindow *window) {
     state().mainWindow = window;
 }
 
+OvViewportMgr *OvApp::getViewportMgr() {
+    AppState &s = state();
+    if (!s.viewportMgr)
+        s.viewportMgr.reset(new OvViewportMgr);
+    return s.viewportMgr.get();
+}
+
+OvApp::Answer OvApp::headlessAnswer() {
+    return state().headlessAnswer;
+}
+void OvApp::setHeadlessAnswer(Answer answer) {
+    state().headlessAnswer = answer;
+}
+
 void OvApp::reset() {
     AppState &s = state();
     s.status.clear();
@@ -179,7 +196,9 @@ void OvApp::reset() {
     s.imageMgr.clear();
     s.helpMgr.clear();
     s.scene.reset();
+    s.viewportMgr.reset();
     s.mainWindow = nullptr;
+    s.headlessAnswer = AnswerDefault;
 }
 
 void OvHelpMgr::setOnlineHelp(QWidget *widget) {

@@ -11,6 +11,7 @@ class OvHelpMgr;
 class OvImageMgr;
 class OvMainWindow;
 class OvScene;
+class OvViewportMgr;
 class QWidget;
 
 class OvApp {
@@ -55,6 +56,14 @@ public:
     // The main window; questions to the user are only asked when there is one.
     static OvMainWindow *getInterface();
     static void setInterface(OvMainWindow *window);
+    // The viewports; plug-ins reach them through the main window.
+    static OvViewportMgr *getViewportMgr();
+
+    // How a host without a main window answers the questions an import would ask: the host's
+    // default (what a host that cannot ask does), or always yes, no or cancel.
+    enum Answer { AnswerDefault, AnswerYes, AnswerNo, AnswerCancel };
+    static Answer headlessAnswer();
+    static void setHeadlessAnswer(Answer answer);
 
     // Back to a fresh application state: empty log, scene, content folders and image cache.
     static void reset();

@@ -5,6 +5,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QImageReader>
+#include <QMessageBox>
 
 void OvFileFilter::newFilter(const QString &name) {
     m_entries.append(Entry{name, {}});
@@ -105,4 +106,14 @@ OvFileFilter OvMainWindow::imageFilter() {
 bool OvMainWindow::doImageDialog(bool open, QString &selected, QWidget *parent, const QString &startPath) {
     return doFileDialog(open, open ? tr("Open Image") : tr("Save Image"), startPath, imageFilter(), selected,
                         nullptr, parent);
+}
+
+OvViewportMgr *OvMainWindow::getViewportMgr() const {
+    return OvApp::getViewportMgr();
+}
+
+bool OvMainWindow::askTurnOffLimits(QWidget *parent) {
+    return QMessageBox::question(parent ? parent : this, tr("Turn Limits Off?"),
+                                 tr("Some keys lie beyond the limits of their dials. Turn limits off?"),
+                                 QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
 }

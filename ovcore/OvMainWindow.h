@@ -6,6 +6,8 @@
 #include <QString>
 #include <QStringList>
 
+class OvViewportMgr;
+
 // Named groups of file extensions for the file chooser: newFilter() starts a group, addExtension()
 // adds to the group started last.
 class OvFileFilter {
@@ -52,6 +54,11 @@ public:
     // The same for an image, filtered by the formats the image reader knows.
     bool doImageDialog(bool open, QString &selected, QWidget *parent = nullptr,
                        const QString &startPath = QString());
+
+    OvViewportMgr *getViewportMgr() const;
+
+    // Asks whether to switch off the limits that keys lie beyond; true for yes.
+    bool askTurnOffLimits(QWidget *parent = nullptr);
 
     // One "Images" group with every readable image format.
     static OvFileFilter imageFilter();

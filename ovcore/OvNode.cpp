@@ -1,5 +1,8 @@
 #include "OvNode.h"
+#include "OvApp.h"
+#include "OvScene.h"
 
+#include "OvPropertyGroups.h"
 #include "OvSkeleton.h"
 #include <QHash>
 
@@ -50,6 +53,12 @@ void OvElement::setLabel(const QString &label) {
 
 QList<OvElement *> OvElement::elementsLabelled(const QString &label) {
     return labelIndex().values(label);
+}
+
+OvPropertyGroupTree *OvElement::getPropertyGroups() {
+    if (!m_groups)
+        m_groups.reset(new OvPropertyGroupTree);
+    return m_groups.get();
 }
 
 OvElementData *OvElement::findDataItem(const QString &name) const {
@@ -198,8 +207,10 @@ OvSkeleton *OvNode::getSkeleton() const {
     return nullptr;
 }
 
+// At the scene's current time: keyed positions follow their keys.
 OvVec3 OvNode::localPos() const {
-    return OvVec3(m_pos[0]->getValue(), m_pos[1]->getValue(), m_pos[2]->getValue());
+    const int t = OvApp::getScene()->getTime();
+    return OvVec3(m_pos[0]->getValueAt(t), m_pos[1]->getValueAt(t), m_pos[2]->getValueAt(t));
 }
 
 // Summed from the root down, as a parent's position is the sum of its own chain.

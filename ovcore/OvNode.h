@@ -6,6 +6,7 @@
 #include "OvBase.h"
 #include "OvMath.h"
 #include "OvProperty.h"
+#include "OvPropertyGroups.h"
 #include "OvShape.h"
 #include <memory>
 #include <vector>
@@ -49,11 +50,16 @@ public:
     // True when this object's class is exactly `className`.
     bool isA(const char *className) const;
 
+    // How the properties are grouped for the user; made on first use.
+    OvPropertyGroupTree *getPropertyGroups();
+    const OvPropertyGroupTree *findPropertyGroups() const { return m_groups.get(); }
+
 private:
     QString m_name;
     QString m_label;
     std::vector<std::unique_ptr<OvElementData>> m_dataItems;
     std::vector<std::unique_ptr<OvProperty>> m_properties;
+    std::unique_ptr<OvPropertyGroupTree> m_groups;
 };
 
 // Something an object applies to its shapes: a joint, a deformer, a morph.
@@ -160,8 +166,9 @@ public:
 
     // World space: the host composes translations only (rotations do not move children here).
     OvVec3 getWSPos() const;
-    // Position relative to the parent.
+    // Position relative to the parent, at the scene's current time.
     OvVec3 localPos() const;
+    OvVec3 getLocalPos() const { return localPos(); }
     void setWSPos(const OvVec3 &p);
     // Bounds of this node's shown shapes and of its children's, in world space; empty when none.
     OvBox3 getWSBoundingBox() const;

@@ -2,6 +2,7 @@
 // Node properties (the animatable values a user sees), the controllers that drive them, and
 // element data items (records that importers leave on scene objects).
 
+#include "OvKeys.h"
 #include <QColor>
 #include <QString>
 #include <QStringList>
@@ -68,6 +69,9 @@ public:
     void setCanAnimate(bool animate) { m_canAnimate = animate; }
     OvElement *getOwner() const { return m_owner; }
     void setOwner(OvElement *owner) { m_owner = owner; }
+    // The property's group in its owner's group tree ("General/Transforms"); empty for none.
+    const QString &getPath() const { return m_path; }
+    void setPath(const QString &path);
 
     // Controllers, owned; position -1 appends.
     void insertController(OvController *controller, int position = -1);
@@ -75,8 +79,16 @@ public:
     int getNumControllers() const { return int(m_controllers.size()); }
     OvController *getController(int i) const { return m_controllers[size_t(i)].get(); }
 
-    // The host's integer value setter, used for int, enum and bool properties alike.
+    // The host's integer value setter, used for int, enum and bool properties alike; the second
+    // form sets a key at `time` (host time units).
     virtual void setIntValue(int) {}
+    virtual void setIntValue(int /*time*/, int /*value*/) {}
+
+    // Keys, in time order (one per time); properties that take none have none.
+    virtual int getNumKeys() const { return 0; }
+    virtual int getKeyTime(int) const { return 0; }
+    virtual OvInterpolation getKeyInterpolation(int) const { return OvInterpolation::Spline; }
+    virtual void deleteKey(int) {}
 
 private:
     QString m_name;
@@ -85,6 +97,7 @@ private:
     bool m_userProperty = false;
     bool m_canAnimate = true;
     OvElement *m_owner = nullptr;
+    QString m_path;
     std::vector<std::unique_ptr<OvController>> m_controllers;
 };
 
@@ -107,9 +120,29 @@ public:
     explicit OvFloatProperty(const QString &name, float value = 0.0f)
         : OvNumericProperty(name), m_value(value), m_default(value) {}
     const char *className() const override { return "OvFloatProperty"; }
+    using InterpolationType = OvInterpolation;
+
     float getValue() const { return m_value; }
     // Held within the limits while the property is clamped.
-    void setValue(float v) { m_value = isClamped() ? std::min(std::max(v, m_min), m_max) : v; }
+    void setValue(float v) { m_value = clamp(v); }
+    // A key at `time`; keys take spline interpolation unless told otherwise.
+    void setValue(int time, float v, InterpolationType interp = OvInterpolation::Spline) {
+        m_keys.set(time, v, interp);
+    }
+    // The value at `time`: the keys' curve when there are keys (held within the limits while
+    // clamped, like the value), else the value.
+    float getValueAt(int time) const {
+        if (m_keys.isEmpty())
+            return m_value;
+        return clamp(float(evaluateKeys(m_keys, time, [this](int i) { return double(m_keys.value(i)); })));
+    }
+    int getNumKeys() const override { return m_keys.count(); }
+    int getKeyTime(int i) const override { return m_keys.time(i); }
+    OvInterpolation getKeyInterpolation(int i) const override { return m_keys.interpolation(i); }
+    float getKeyValue(int i) const { return m_keys.value(i); }
+    void setKeyValue(int i, float v) { m_keys.setValueAt(i, v); }
+    void deleteKey(int i) override { m_keys.remove(i); }
+    const OvKeyTrack<float> &keys() const { return m_keys; }
     float getDefaultValue() const { return m_default; }
     // The value follows its new default.
     void setDefaultValue(float v) {
@@ -117,6 +150,7 @@ public:
         setValue(v);
     }
     void setIntValue(int v) override { setValue(float(v)); }
+    void setIntValue(int time, int v) override { setValue(time, float(v)); }
     float getMin() const { return m_min; }
     void setMin(float v) { m_min = v; }
     float getMax() const { return m_max; }
@@ -129,6 +163,9 @@ public:
     void setSensitivity(float v) { m_sensitivity = v; }
 
 private:
+    float clamp(float v) const { return isClamped() ? std::min(std::max(v, m_min), m_max) : v; }
+
+    OvKeyTrack<float> m_keys;
     float m_value;
     float m_default;
     float m_min = -Unbounded;
@@ -156,8 +193,19 @@ public:
     const char *className() const override { return "OvColorProperty"; }
     QColor getValue() const { return m_value; }
     void setValue(const QColor &c) { m_value = c; }
+    // Keys interpolate each component; the value stands while there are none.
+    QColor getColorValue(int time) const;
+    void setColorValue(int time, const QColor &c, OvInterpolation interp = OvInterpolation::Spline) {
+        m_keys.set(time, c.rgb(), interp);
+    }
+    int getNumKeys() const override { return m_keys.count(); }
+    int getKeyTime(int i) const override { return m_keys.time(i); }
+    OvInterpolation getKeyInterpolation(int i) const override { return m_keys.interpolation(i); }
+    QColor getKeyValue(int i) const { return QColor::fromRgb(m_keys.value(i)); }
+    void deleteKey(int i) override { m_keys.remove(i); }
 
 private:
+    OvKeyTrack<QRgb> m_keys;
     QColor m_value;
 };
 
@@ -168,12 +216,21 @@ public:
     int getValue() const { return m_value; }
     void setValue(int v) { m_value = v; }
     void setIntValue(int v) override { m_value = v; }
+    // Keys hold until the next one.
+    void setIntValue(int time, int v) override { m_keys.set(time, v, OvInterpolation::Constant); }
+    int getValueAt(int time) const { return m_keys.isEmpty() ? m_value : evaluateStepKeys(m_keys, time); }
+    int getNumKeys() const override { return m_keys.count(); }
+    int getKeyTime(int i) const override { return m_keys.time(i); }
+    OvInterpolation getKeyInterpolation(int i) const override { return m_keys.interpolation(i); }
+    int getKeyValue(int i) const { return m_keys.value(i); }
+    void deleteKey(int i) override { m_keys.remove(i); }
     int getMin() const { return m_min; }
     void setMin(int v) { m_min = v; }
     int getMax() const { return m_max; }
     void setMax(int v) { m_max = v; }
 
 private:
+    OvKeyTrack<int> m_keys;
     int m_value;
     int m_min = -2147483647 - 1;
     int m_max = 2147483647;
@@ -187,8 +244,18 @@ public:
     bool getValue() const { return m_value; }
     void setValue(bool v) { m_value = v; }
     void setIntValue(int v) override { m_value = v != 0; }
+    void setIntValue(int time, int v) override { m_keys.set(time, v != 0, OvInterpolation::Constant); }
+    bool getValueAt(int time) const {
+        return m_keys.isEmpty() ? m_value : evaluateStepKeys(m_keys, time) != 0;
+    }
+    int getNumKeys() const override { return m_keys.count(); }
+    int getKeyTime(int i) const override { return m_keys.time(i); }
+    OvInterpolation getKeyInterpolation(int i) const override { return m_keys.interpolation(i); }
+    bool getKeyValue(int i) const { return m_keys.value(i) != 0; }
+    void deleteKey(int i) override { m_keys.remove(i); }
 
 private:
+    OvKeyTrack<int> m_keys;
     bool m_value;
 };
 

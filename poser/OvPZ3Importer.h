@@ -323,6 +323,28 @@ protected:
     // m_curJointParam as a P, or null after the wrong-type warning naming `tag`.
     template <class P> P *jointParamAs(const char *tag);
 
+    // ---- animation keys ----
+    bool parseKeysLine(char **argv, int argc);
+    void flushKey(int interpCode);
+    void addTransformKey(int frame, float value, int interpCode);
+    void setKey(OvProperty *property, int frame, float value, int colorComponent, int interpCode);
+    void applyTransformKeys(OvNode *node, OvTArray<Pz3Key> &keys, float version);
+    // A rotation key beyond a clamped dial's limits asks, once per import, to turn limits off.
+    void checkKeyLimits(OvNode *node, const OvFloatProperty *control, float value);
+    bool askTurnOffLimits(const QString &what);
+    static OvInterpolation hostInterpolation(int code);
+
+    // ---- channel groups ----
+    bool parseGroupsLine(char **argv, int argc);
+    bool parseGroupNodeLine(char **argv, int argc);
+    bool openGroupNode(char **argv, int argc);
+    void closeGroupNode();
+    void applyChannelGroups();
+
+    // ---- cameras ----
+    bool parseDocLine(char **argv, int argc);
+    void finishCameras();
+
     // ---- content location helpers ----
     void learnLocation(const QString &name, const QString &selected);
     QString searchContent(const QString &p, bool folded);

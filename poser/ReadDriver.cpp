@@ -22,10 +22,10 @@ const OvPZ3Importer::ModeHandler OvPZ3Importer::s_modeHandlers[ModeCount] = {
     &OvPZ3Importer::parseObjectLine,      // ModeObject       actor, prop, light, camera sections
     &OvPZ3Importer::parseChannelsLine,    // ModeChannels    channels section
     &OvPZ3Importer::parseChannelBody,     // ModeChannel      body of a channel
-    nullptr,                              // ModeKeys         animation keys
+    &OvPZ3Importer::parseKeysLine,        // ModeKeys         animation keys
     nullptr,                              // ModeMaterial     material section
     nullptr,                              // ModeMovieInfo    movieInfo section
-    nullptr,                              // ModeDoc          doc section
+    &OvPZ3Importer::parseDocLine,         // ModeDoc          doc section
     &OvPZ3Importer::parseVersionLine,     // ModeVersion      version section
     nullptr,                              // ModeIgnore       skipped
     &OvPZ3Importer::parseTargetGeomBody,  // ModeTargetGeom morph target body
@@ -34,8 +34,8 @@ const OvPZ3Importer::ModeHandler OvPZ3Importer::s_modeHandlers[ModeCount] = {
     &OvPZ3Importer::parseAltGeom,         // ModeAltGeom      alternate geometry
     nullptr,                              // ModeInkyChain    IK chain
     &OvPZ3Importer::parseParmChannelBody, // ModeParmChannel deformer channel body
-    nullptr,                              // ModeGroups       channel groups
-    nullptr,                              // ModeGroupNode    channel group node
+    &OvPZ3Importer::parseGroupsLine,      // ModeGroups       channel groups
+    &OvPZ3Importer::parseGroupNodeLine,   // ModeGroupNode    channel group node
 };
 
 // ---- keyword tables ----
@@ -202,6 +202,7 @@ void OvPZ3Importer::closeSectionStep() {
     case ModeChannels:
         // Nested channels sections close into their outer one; only the outermost fixes the order.
         if (m_modeStack.size() < 2 || m_modeStack[m_modeStack.size() - 2] != ModeChannels) {
+            applyChannelGroups();
             if (m_curNode) {
                 OvPz3NodeItem *item = getNodeItem(m_curNode);
                 if (item->rotAxisCount > 0)
@@ -209,11 +210,22 @@ void OvPZ3Importer::closeSectionStep() {
             }
         }
         break;
+    case ModeKeys:
+        flushKey(1);
+        break;
+    case ModeGroupNode:
+        closeGroupNode();
+        break;
     case ModeObject:
-        // The order of the node's rotation channels is its rotation order.
-        if (m_curNode)
+        // Keys bring the rotation order with them; without keys it is set here.
+        if (!m_keys.isEmpty()) {
+            applyTransformKeys(m_curNode, m_keys, m_version);
+            m_keys.clear();
+            m_keyIndexOf.clear();
+        } else if (m_curNode) {
             if (OvPz3NodeItem *item = findNodeItem(m_curNode); item && item->rotAxisCount > 0)
                 m_curNode->setRotationOrder(item->rotOrder);
+        }
         m_foundOnFollowTarget = false;
         m_jointParmsSeen = false;
         break;
@@ -285,12 +297,9 @@ void OvPZ3Importer::finishImport() {
         if (!m_fileStack.isEmpty())
             m_file = m_fileStack.pop();
     }
-    // Links, camera conversion, movie ranges and drop placement work on records that the channel,
-    // camera and movie sections fill; this build does not read those sections yet.
-}
-
-void OvPZ3Importer::askToAddFrames() {
-    // Keys are not read yet, so a pose never reaches past the play range.
+    finishCameras();
+    // Links, movie ranges and drop placement work on records that the link and movie sections
+    // fill; this build does not read those sections yet.
 }
 
 // Parents named by smartparent lines, applied once every node exists.

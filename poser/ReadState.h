@@ -6,6 +6,7 @@
 
 #include "FolderIndex.h"
 #include "LocatedDirList.h"
+#include "channels/ChannelGroups.h"
 #include "scene/SceneItemIndex.h"
 #include "scene/SceneItems.h"
 #include <OvTypes.h>
@@ -53,6 +54,17 @@ struct ChannelNameMap {
 struct OvPz3SubDNode {
     OvNode *node = nullptr;
     int level = 0;
+};
+
+// The transform keys of one frame of the current object, gathered from all its channels.
+struct Pz3Key {
+    float transX = 0, transY = 0, transZ = 0; // Poser units
+    float rotX = 0, rotY = 0, rotZ = 0;       // degrees
+    float scale = 1;
+    float scaleX = 1, scaleY = 1, scaleZ = 1;
+    int frame = 0;
+    unsigned char interp[10] = {}; // interpolation code of each value above, in order
+    int mask = 0;                  // bit i: the file set value i
 };
 
 struct Pz3ReadState {
@@ -139,6 +151,12 @@ struct Pz3ReadState {
     bool m_ignoreKeys = false;
     bool m_keyPending = false;
     int m_lastFrame = 0;
+    // The key read last, held until its interpolation is known.
+    int m_keyFrame = 0;
+    float m_keyValue = 0.0f;
+    OvTArray<Pz3Key> m_keys{8};   // the current object's transform keys, one per frame
+    QHash<int, int> m_keyIndexOf; // frame -> its record in m_keys
+    std::unique_ptr<Pz3ChannelGroupBuilder> m_curGroupNode;
     int m_movieCurrentTime = -1;
     int m_movieLoopStart = -1;
     int m_movieLoopEnd = -1;

@@ -195,9 +195,11 @@ bool OvPZ3Importer::chanFalloffEnd(char **, int) {
     return true;
 }
 
-// Channel groups are not read yet: the section is passed over.
+// A second groups channel starts afresh: the groups of the first are dropped.
 bool OvPZ3Importer::chanGroups(char **, int) {
     m_parseMode = m_curNode ? ModeGroups : ModeIgnore;
+    if (m_curNode)
+        m_curGroupNode.reset(new Pz3ChannelGroupBuilder);
     return true;
 }
 

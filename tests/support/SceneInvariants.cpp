@@ -200,6 +200,12 @@ private:
             else if (f->isClamped() && (f->getValue() < f->getMin() || f->getValue() > f->getMax()))
                 problems << where + QStringLiteral(": property %1 lies outside its limits").arg(p.getName());
         }
+        // Keys stand in time order, one per time.
+        for (int i = 1; i < p.getNumKeys(); ++i)
+            if (p.getKeyTime(i - 1) >= p.getKeyTime(i)) {
+                problems << where + QStringLiteral(": keys of property %1 out of order").arg(p.getName());
+                break;
+            }
         for (int i = 0; i < p.getNumControllers(); ++i) {
             auto *link = dynamic_cast<const OvERCLink *>(p.getController(i));
             if (link && link->getSource() && !m_properties.contains(link->getSource()))
