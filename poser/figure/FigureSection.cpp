@@ -1,0 +1,22 @@
+// The figure section that closes a figure file. Only its material sections are read so far; welds,
+// IK chains, conforming, subdivision and linked parameters are ignored.
+#include "../OvPZ3Importer.h"
+
+#include <OvMaterial.h>
+
+const OvPZ3Importer::KeywordRow OvPZ3Importer::s_figureKeywords[] = {
+    {"material", 2, Short::Stop, "No material name was specified", &OvPZ3Importer::figMaterial},
+    {nullptr, 0, Short::Skip, nullptr, nullptr},
+};
+
+bool OvPZ3Importer::parseFigureLine(char **argv, int argc) {
+    return dispatchKeyword(s_figureKeywords, argv, argc);
+}
+
+// The figure's shared material of that name; a name the figure does not have skips the section.
+bool OvPZ3Importer::figMaterial(char **argv, int) {
+    OvTSharedPointer<OvMaterial> material = resolveMaterial(m_curFigure, OvFileIO::decodeText(argv[1]));
+    m_material = dynamic_cast<OvDefaultMaterial *>(material.get());
+    m_parseMode = m_material ? ModeMaterial : ModeIgnore;
+    return true;
+}
