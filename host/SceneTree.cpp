@@ -321,8 +321,9 @@ void TreeWriter::material(const OvMaterial &m, int id, bool first) {
           << colorText(d->getAmbientColor()) << " x" << num(d->getAmbientStrength()) << ", specular "
           << colorText(d->getSpecularColor()) << ", glossiness " << num(d->getGlossinessStrength())
           << ", reflection " << colorText(d->getReflectionColor()) << " x" << num(d->getReflectionStrength())
-          << ", opacity " << num(d->getBaseOpacity()) << ", ior " << num(d->getIndexOfRefraction()) << ", bump "
-          << num(d->getBumpStrength()) << " (" << num(d->getBumpMin()) << ".." << num(d->getBumpMax()) << ")\n";
+          << ", opacity " << num(d->getBaseOpacity()) << ", ior " << num(d->getIndexOfRefraction())
+          << ", bump " << num(d->getBumpStrength()) << " (" << num(d->getBumpMin()) << ".."
+          << num(d->getBumpMax()) << ")\n";
     const struct {
         const char *name;
         const OvTexture *t;

@@ -185,6 +185,7 @@ protected:
     bool parseFigureLine(char **argv, int argc);
 
     // ---- keyword handlers: figure and material sections ----
+    bool figRoot(char **argv, int argc);
     bool figMaterial(char **argv, int argc);
     template <void (OvDefaultMaterial::*Set)(const QColor &)> bool matColor(char **argv, int argc);
     bool matAmbientColor(char **argv, int argc);

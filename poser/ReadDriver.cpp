@@ -17,25 +17,25 @@
 // One handler per parse mode, in mode order. A null entry skips the lines of that section: its
 // reader is not part of this build yet, or (ModeIgnore) the section is skipped on purpose.
 const OvPZ3Importer::ModeHandler OvPZ3Importer::s_modeHandlers[ModeCount] = {
-    &OvPZ3Importer::parseFileLine,    // ModeFile         top-level sections
-    &OvPZ3Importer::parseFigureLine,  // ModeFigure       figure section
-    &OvPZ3Importer::parseObjectLine,  // ModeObject       actor, prop, light, camera sections
-    nullptr,                          // ModeChannels     channels section
-    nullptr,                          // ModeChannel      body of a channel
-    nullptr,                          // ModeKeys         animation keys
+    &OvPZ3Importer::parseFileLine,     // ModeFile         top-level sections
+    &OvPZ3Importer::parseFigureLine,   // ModeFigure       figure section
+    &OvPZ3Importer::parseObjectLine,   // ModeObject       actor, prop, light, camera sections
+    nullptr,                           // ModeChannels     channels section
+    nullptr,                           // ModeChannel      body of a channel
+    nullptr,                           // ModeKeys         animation keys
     &OvPZ3Importer::parseMaterialLine, // ModeMaterial     material section
-    nullptr,                          // ModeMovieInfo    movieInfo section
-    nullptr,                          // ModeDoc          doc section
-    &OvPZ3Importer::parseVersionLine, // ModeVersion      version section
-    nullptr,                          // ModeIgnore       skipped
-    nullptr,                          // ModeTargetGeom   morph target body
-    nullptr,                          // ModeDeltas       morph deltas
-    nullptr,                          // ModeJointParm    joint-parameter body
-    &OvPZ3Importer::parseAltGeom,     // ModeAltGeom      alternate geometry
-    nullptr,                          // ModeInkyChain    IK chain
-    nullptr,                          // ModeParmChannel  value-parameter body
-    nullptr,                          // ModeGroups       channel groups
-    nullptr,                          // ModeGroupNode    channel group node
+    nullptr,                           // ModeMovieInfo    movieInfo section
+    nullptr,                           // ModeDoc          doc section
+    &OvPZ3Importer::parseVersionLine,  // ModeVersion      version section
+    nullptr,                           // ModeIgnore       skipped
+    nullptr,                           // ModeTargetGeom   morph target body
+    nullptr,                           // ModeDeltas       morph deltas
+    nullptr,                           // ModeJointParm    joint-parameter body
+    &OvPZ3Importer::parseAltGeom,      // ModeAltGeom      alternate geometry
+    nullptr,                           // ModeInkyChain    IK chain
+    nullptr,                           // ModeParmChannel  value-parameter body
+    nullptr,                           // ModeGroups       channel groups
+    nullptr,                           // ModeGroupNode    channel group node
 };
 
 // ---- keyword tables ----

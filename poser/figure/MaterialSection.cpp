@@ -84,14 +84,16 @@ bool OvPZ3Importer::materialColor(char **argv, QColor &color) {
 
 template <void (OvDefaultMaterial::*Set)(const QColor &)> bool OvPZ3Importer::matColor(char **argv, int) {
     QColor color;
-    if (OvDefaultMaterial *material = currentMaterial("NULL material"); material && materialColor(argv, color))
+    if (OvDefaultMaterial *material = currentMaterial("NULL material");
+        material && materialColor(argv, color))
         (material->*Set)(color);
     return true;
 }
 
 bool OvPZ3Importer::matAmbientColor(char **argv, int) {
     QColor color;
-    if (OvDefaultMaterial *material = currentMaterial("NULL material"); material && materialColor(argv, color)) {
+    if (OvDefaultMaterial *material = currentMaterial("NULL material");
+        material && materialColor(argv, color)) {
         material->setAmbientColor(color);
         material->setAmbientStrength(0.15f);
     }
@@ -101,14 +103,16 @@ bool OvPZ3Importer::matAmbientColor(char **argv, int) {
 // Poser's highlight exponent as the host's glossiness: 0 gives 1.0, 100 and more give 0.5.
 bool OvPZ3Importer::matNsExponent(char **argv, int) {
     float n = 0;
-    if (OvDefaultMaterial *material = currentMaterial("NULL m_material"); material && materialNumber(argv[1], n))
+    if (OvDefaultMaterial *material = currentMaterial("NULL m_material");
+        material && materialNumber(argv[1], n))
         material->setGlossinessStrength(n >= 100 ? 0.5f : float((100.0 - double(n)) / 200.0 + 0.5));
     return true;
 }
 
 bool OvPZ3Importer::matBumpStrength(char **argv, int) {
     float n = 0;
-    if (OvDefaultMaterial *material = currentMaterial("NULL m_material"); material && materialNumber(argv[1], n)) {
+    if (OvDefaultMaterial *material = currentMaterial("NULL m_material");
+        material && materialNumber(argv[1], n)) {
         material->setBumpStrength(n);
         material->setBumpMax(0.01f);
         material->setBumpMin(-0.01f);
@@ -119,14 +123,16 @@ bool OvPZ3Importer::matBumpStrength(char **argv, int) {
 // A strength without a reflection map would reflect nothing in Poser.
 bool OvPZ3Importer::matReflectionStrength(char **argv, int) {
     float n = 0;
-    if (OvDefaultMaterial *material = currentMaterial("NULL m_material"); material && materialNumber(argv[1], n))
+    if (OvDefaultMaterial *material = currentMaterial("NULL m_material");
+        material && materialNumber(argv[1], n))
         material->setReflectionStrength(material->getReflectionMap() ? n : 0.0f);
     return true;
 }
 
 bool OvPZ3Importer::matTMax(char **argv, int) {
     float n = 0;
-    if (OvDefaultMaterial *material = currentMaterial("NULL m_material"); material && materialNumber(argv[1], n))
+    if (OvDefaultMaterial *material = currentMaterial("NULL m_material");
+        material && materialNumber(argv[1], n))
         material->setBaseOpacity(std::clamp(1.0f - n, 0.0f, 1.0f));
     return true;
 }

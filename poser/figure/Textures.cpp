@@ -1,9 +1,9 @@
 // Texture maps: the key a map is cached under, the search for its image among the content folders
 // (runtime paths first, then by file name below every folder, then the Locate question), and the
 // by-name index of the content folders.
+#include "Textures.h"
 #include "../FolderIndex.h"
 #include "../OvPZ3Importer.h"
-#include "Textures.h"
 
 #include <OvApp.h>
 #include <OvImageMgr.h>
