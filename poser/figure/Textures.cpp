@@ -97,8 +97,16 @@ OvTexture *OvPZ3Importer::getPoserTexture(const QString &value) {
                        .arg(found, images->errorString(found)));
         return nullptr;
     }
-    texture->setName(key);
-    m_textures.append(OvTSharedPointer<OvTexture>(texture));
+    // Two keys may name one image file (through a link): the texture keeps the first key. Every
+    // texture listed is named, so only a named one can be listed already.
+    bool listed = false;
+    if (texture->getName().isEmpty())
+        texture->setName(key);
+    else
+        for (int i = 0; i < m_textures.size() && !listed; ++i)
+            listed = m_textures[i].get() == texture;
+    if (!listed)
+        m_textures.append(OvTSharedPointer<OvTexture>(texture));
     m_textureNamed.insert(key, texture);
     return texture;
 }
