@@ -8,17 +8,12 @@
 #include <QDir>
 #include <QFile>
 #include <QImage>
-#include <functional>
 #include <memory>
 
 namespace {
 
 class Materials : public PoserTest {
 protected:
-    void TearDown() override {
-        OvApp::setInterface(nullptr);
-        PoserTest::TearDown();
-    }
     // Reads a prop whose material "skin" has the given body; the material, or null.
     OvDefaultMaterial *material(const QByteArray &body, unsigned expectedResult = 0) {
         const QByteArray name = "box" + QByteArray::number(++props);
@@ -46,69 +41,57 @@ protected:
     int props = 0;
 };
 
-QString num(float v) {
-    return QString::number(double(v));
+// Every value of a material: "kd ka xStrength ks refl xStrength gloss bump min..max opacity maps".
+QString values(const OvDefaultMaterial *m) {
+    auto n = [](float v) { return QString::number(double(v)); };
+    return QString("%1 %2x%3 %4 %5x%6 %7 %8 %9")
+        .arg(m->getDiffuseColor().name(), m->getAmbientColor().name(), n(m->getAmbientStrength()),
+             m->getSpecularColor().name(), m->getReflectionColor().name(), n(m->getReflectionStrength()),
+             n(m->getGlossinessStrength()),
+             n(m->getBumpStrength()) + " " + n(m->getBumpMin()) + ".." + n(m->getBumpMax()),
+             n(m->getBaseOpacity()) + (m->getColorMap() ? " map" : " nomap"));
 }
 
 TEST_F(Materials, KeywordsConvertToHostSettings) {
     image("content/Runtime/Textures/env.png");
-    using D = const OvDefaultMaterial &;
+    const char *const fresh = "#ffffff #000000x0 #ffffff #ffffffx0 0.5 0 -1..1 1 nomap";
     const struct {
-        const char *body;
-        std::function<QString(D)> value;
-        const char *expected;
+        const char *body, *values;
     } rows[] = {
-        {"KdColor 1 0.5 0 1", [](D m) { return m.getDiffuseColor().name(); }, "#ff7f00"},
-        {"KaColor 0.2 0.2 0.2 1",
-         [](D m) { return m.getAmbientColor().name() + num(m.getAmbientStrength()); }, "#3333330.15"},
-        {"KsColor 0 0 1 1", [](D m) { return m.getSpecularColor().name(); }, "#0000ff"},
-        {"ReflectionColor 0 1 0 0", [](D m) { return m.getReflectionColor().name(); }, "#00ff00"},
-        {"KdColor 0 0 1 1\nKdColor 1.5 0 -2 1", [](D m) { return m.getDiffuseColor().name(); }, "#0000ff"},
-        {"NsExponent 20", [](D m) { return num(m.getGlossinessStrength()); }, "0.9"},
-        {"NsExponent 150", [](D m) { return num(m.getGlossinessStrength()); }, "0.5"},
-        {"NsExponent 0", [](D m) { return num(m.getGlossinessStrength()); }, "1"},
-        {"bumpStrength 0.7",
-         [](D m) { return num(m.getBumpStrength()) + " " + num(m.getBumpMin()) + " " + num(m.getBumpMax()); },
-         "0.7 -0.01 0.01"},
-        {"reflectionStrength 0.5", [](D m) { return num(m.getReflectionStrength()); }, "0"},
-        {"reflectionMap env.png\nreflectionStrength 0.5", [](D m) { return num(m.getReflectionStrength()); },
-         "0.5"},
-        {"tMax 0.25", [](D m) { return num(m.getBaseOpacity()); }, "0.75"},
-        {"tMax -1", [](D m) { return num(m.getBaseOpacity()); }, "1"},
-        {"tMax 2", [](D m) { return num(m.getBaseOpacity()); }, "0"},
-        {"tMax 0.5\ntransparencyMap env.png", [](D m) { return num(m.getBaseOpacity()); }, "1"},
-        {"textureMap env.png\ntextureMap NO_MAP", [](D m) { return QString::number(!m.getColorMap()); }, "1"},
-        {"KdColor 0 0 0 1\nshaderTree\n{\nKdColor 1 1 1 1\n{\nKsColor 0 0 0 1\n}\n}\nReflectionColor 0 0 0 1",
-         [](D m) {
-             return m.getDiffuseColor().name() + m.getSpecularColor().name() + m.getReflectionColor().name();
-         },
-         "#000000#ffffff#000000"},
+        {"KdColor 1 0.5 0 1\nKaColor 0.2 0.2 0.2 1",
+         "#ff7f00 #333333x0.15 #ffffff #ffffffx0 0.5 0 -1..1 1 nomap"},
+        {"KsColor 0 0 1 1\nReflectionColor 0 1 0 0",
+         "#ffffff #000000x0 #0000ff #00ff00x0 0.5 0 -1..1 1 nomap"},
+        {"KdColor 0 0 1 1\nKdColor 1.5 0 -2 1", "#0000ff #000000x0 #ffffff #ffffffx0 0.5 0 -1..1 1 nomap"},
+        {"NsExponent 20\nbumpStrength 0.7",
+         "#ffffff #000000x0 #ffffff #ffffffx0 0.9 0.7 -0.01..0.01 1 nomap"},
+        {"NsExponent 0\ntMax 0.25", "#ffffff #000000x0 #ffffff #ffffffx0 1 0 -1..1 0.75 nomap"},
+        {"NsExponent 150\ntMax 2", "#ffffff #000000x0 #ffffff #ffffffx0 0.5 0 -1..1 0 nomap"},
+        {"tMax -1\nreflectionStrength 0.5", fresh},
+        {"reflectionMap env.png\nreflectionStrength 0.5",
+         "#ffffff #000000x0 #ffffff #ffffffx0.5 0.5 0 -1..1 1 nomap"},
+        {"tMax 0.5\ntransparencyMap env.png\ntextureMap env.png\ntextureMap NO_MAP", fresh},
+        {"KdColor 1 0 0 1\ntextureMap env.png", "#ff0000 #000000x0 #ffffff #ffffffx0 0.5 0 -1..1 1 map"},
+        {"shaderTree\n{\nKdColor 0 0 0 1\n{\nKsColor 0 0 0 1\n}\n}\nnewKeyword 1", fresh},
     };
-    for (const auto &row : rows) {
-        const OvDefaultMaterial *m = material(row.body);
-        ASSERT_TRUE(m) << row.body;
-        EXPECT_EQ(row.value(*m), QString(row.expected)) << row.body;
-    }
+    for (const auto &row : rows)
+        EXPECT_EQ(values(material(row.body)), QString(row.values)) << row.body;
     EXPECT_TRUE(logText().contains("KdColor values must lie between 0 and 1 (1.5 0 -2)"))
         << qPrintable(logText());
 }
 
 TEST_F(Materials, LinesWithoutTheirValuesStopTheImport) {
-    const struct {
-        const char *line, *message;
-    } rows[] = {
+    const char *const rows[][2] = {
         {"KdColor 1 1 1", "Insufficient material color values were specified"},
-        {"ReflectionColor", "Insufficient material color values were specified"},
         {"NsExponent", "Insufficient m_material shininess exponent values were specified"},
-        {"bumpStrength", "Insufficient bump strength values were specified"},
-        {"reflectionStrength", "Insufficient reflection strength values were specified"},
         {"tMax", "No transparency value specified"},
         {"bumpMap", "No image file specified"},
     };
     for (const auto &row : rows) {
-        EXPECT_TRUE(material(QByteArray(row.line) + "\nKsColor 0 0 0 1", 0x62)->getSpecularColor() ==
-                    Qt::white);
-        EXPECT_TRUE(logText().contains(QString(row.message) + " on line 6")) << row.line;
+        EXPECT_EQ(values(material(QByteArray(row[0]) + "\nKdColor 0 0 0 1", 0x62)).left(7), "#ffffff")
+            << row[0];
+        EXPECT_TRUE(OvApp::log().last().text.startsWith(QString(row[1]) + " on line 6"))
+            << qPrintable(logText());
     }
 }
 
@@ -155,6 +138,7 @@ TEST_F(Materials, AMissingImageIsAskedForOrLeftOut) {
     EXPECT_EQ(maps(material("textureMap :Runtime:Textures:lost.png\nbumpMap :Runtime:gone.png\n"
                             "transparencyMap NO_MAP")),
               "elsewhere/found.png=lost - - -");
+    OvApp::setInterface(nullptr);
     ASSERT_EQ(answerer.seen().size(), 3) << qPrintable(answerer.failures().join('\n'));
     EXPECT_TRUE(answerer.seen()[0].text.contains("\"lost.png\"") &&
                 answerer.seen()[2].text.contains("gone.png"));
@@ -168,9 +152,7 @@ TEST_F(Materials, HostileReferencesFailCleanly) {
     QFile::link(dir.filePath("content"), dir.filePath("content/later/loop"));
     file("content/Runtime/Textures/empty.png", "");
     file("content/Runtime/Textures/text.png", "not an image at all");
-    QFile whole(image("big.png", 64));
-    ASSERT_TRUE(whole.open(QIODevice::ReadOnly));
-    file("content/Runtime/Textures/cut.png", whole.readAll().left(200));
+    ASSERT_TRUE(QFile::resize(image("content/Runtime/Textures/cut.png", 64), 200));
     const OvDefaultMaterial *m =
         material("KdColor 0 1 0 1\ntextureMap :Runtime:Textures:..:..:..:outside.png\n"
                  "bumpMap \"Q:\\My Textures\\peau rosée.png\"\ntransparencyMap :Runtime:Textures:folder.png\n"
@@ -179,22 +161,18 @@ TEST_F(Materials, HostileReferencesFailCleanly) {
               "- content/Runtime/Textures/peau rosée.png=peau rosée content/later/folder.png=folder -")
         << "never above the content folder; a folder is not an image; found below a link loop";
     EXPECT_EQ(importer.foldersListedForNames(), 6) << "the loop is not entered again";
-    for (const char *name : {"empty", "text", "cut"}) {
-        const QString map = QString(":Runtime:Textures:") + name + ".png";
-        EXPECT_EQ(maps(material("textureMap " + map.toUtf8() + "\nKdColor 0 0 1 1")), "- - - -") << name;
-        EXPECT_TRUE(
-            logText().contains("Could not load the image " + dir.filePath("content" + QString(map).replace(':', '/'))))
+    EXPECT_EQ(maps(material("textureMap :Runtime:Textures:empty.png\nbumpMap :Runtime:Textures:text.png\n"
+                            "transparencyMap :Runtime:Textures:cut.png")),
+              "- - - -");
+    for (const char *name : {"empty", "text", "cut"})
+        EXPECT_TRUE(logText().contains(
+            QString("Could not load the image %1/content/Runtime/Textures/%2.png (").arg(dir.path(), name)))
             << qPrintable(logText());
-    }
     EXPECT_EQ(m->getDiffuseColor().name() + m->getSpecularColor().name(), "#00ff00#ff0000")
         << "the values around the bad maps are read";
-    // A surface the geometry does not have: the block is skipped, nothing else changes.
-    geometry("plain.obj", "usemtl skin\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
-    EXPECT_TRUE(readOk("plain.pp2", "prop plain\n{\nobjFileGeom 0 0 :Runtime:Geometries:plain.obj\n"
-                                    "material cloth\n{\nKdColor 0 0 0 1\n}\nmaterial skin\n{\n}\n}\n"));
-    EXPECT_EQ(
-        dynamic_cast<OvDefaultMaterial *>(lastShape(labelled("plain"))->getMaterial(0))->getDiffuseColor(),
-        QColor(Qt::white));
+    // A surface the geometry does not have: its block is skipped.
+    EXPECT_EQ(values(material("KsColor 0 0 0 1\n}\nmaterial cloth\n{\nKdColor 0 0 0 1")).left(23),
+              "#ffffff #000000x0 #0000");
 }
 
 } // namespace
