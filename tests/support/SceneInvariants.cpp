@@ -189,6 +189,17 @@ private:
         if (auto *s = dynamic_cast<const OvSkeletonProperty *>(&p); s && !linkAlive(s->getValue()))
             problems << where + QStringLiteral(": property %1 refers to a skeleton not in the scene")
                                     .arg(p.getName());
+        if (auto *n = dynamic_cast<const OvNumericNodeProperty *>(&p); n && !linkAlive(n->getNode()))
+            problems << where +
+                            QStringLiteral(": property %1 aims at a node not in the scene").arg(p.getName());
+        // A clamped dial holds its value within limits that are the right way round.
+        if (auto *f = dynamic_cast<const OvFloatProperty *>(&p)) {
+            if (f->getMin() > f->getMax())
+                problems << where + QStringLiteral(": property %1 has its minimum above its maximum")
+                                        .arg(p.getName());
+            else if (f->isClamped() && (f->getValue() < f->getMin() || f->getValue() > f->getMax()))
+                problems << where + QStringLiteral(": property %1 lies outside its limits").arg(p.getName());
+        }
         for (int i = 0; i < p.getNumControllers(); ++i) {
             auto *link = dynamic_cast<const OvERCLink *>(p.getController(i));
             if (link && link->getSource() && !m_properties.contains(link->getSource()))
