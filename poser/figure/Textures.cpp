@@ -124,15 +124,16 @@ bool OvPZ3Importer::findTextureFile(const QString &name, QString &foundPath, boo
         return false;
     };
     bool ok = tryContent(p);
-    if (!ok && p.contains(QLatin1Char('\\'))) {
+    if (p.contains(QLatin1Char('\\'))) {
+        // A Windows path: from its runtime textures folder on, under the content folders.
         const int at = p.toLower().indexOf(QLatin1String("\\runtime\\textures"));
-        if (at >= 0)
+        if (!ok && at >= 0)
             ok = tryContent(QString(p.mid(at)).replace(QLatin1Char('\\'), QLatin1Char(':')));
-    } else if (!ok) {
+    } else {
+        // A Mac or relative path: below the runtime folder, its textures or its reflection maps.
         const QString tail = p.startsWith(QLatin1Char(':')) ? p : QLatin1Char(':') + p;
         for (const char *folder : {":Runtime", ":Runtime:Textures", ":Runtime:Reflection Maps"})
-            if ((ok = tryContent(QLatin1String(folder) + tail)))
-                break;
+            ok = ok || tryContent(QLatin1String(folder) + tail);
     }
     // Last the file name alone, anywhere below a content folder, and then the question.
     QString slashed = p;
