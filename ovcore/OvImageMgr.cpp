@@ -32,6 +32,10 @@ OvTexture *OvImageMgr::getImage(const QString &path) {
     // The whole image is decoded, not only its header: a file cut short is caught here rather than
     // by the renderer. The pixels themselves are the renderer's business and are not kept.
     ++m_decodes;
+    // Maps of 8192 x 8192 pixels are common, and Qt's default limit would refuse them; an image
+    // above the raised limit (16384 x 16384 in RGBA) is taken for a damaged or hostile file.
+    if (QImageReader::allocationLimit() < MaxImageMegabytes)
+        QImageReader::setAllocationLimit(MaxImageMegabytes);
     QImageReader reader(key);
     const QImage image = reader.read();
     if (image.isNull()) {

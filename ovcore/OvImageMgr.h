@@ -8,6 +8,8 @@
 // first time (and only once) and a good one is never decoded again, however many maps name it.
 class OvImageMgr {
 public:
+    // Decoded pixels of one image may take this much memory.
+    static constexpr int MaxImageMegabytes = 1024;
     // The texture of an image file, or null when the path is not a readable image.
     OvTexture *getImage(const QString &path);
     // Why the last getImage of `path` gave null (empty when it did not).
