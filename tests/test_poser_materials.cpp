@@ -58,16 +58,13 @@ TEST_F(Materials, KeywordsConvertToHostSettings) {
     const struct {
         const char *body, *values;
     } rows[] = {
-        {"KdColor 1 0.5 0 1\nKaColor 0.2 0.2 0.2 1",
-         "#ff7f00 #333333x0.15 #ffffff #ffffffx0 0.5 0 -1..1 1 nomap"},
-        {"KsColor 0 0 1 1\nReflectionColor 0 1 0 0",
-         "#ffffff #000000x0 #0000ff #00ff00x0 0.5 0 -1..1 1 nomap"},
+        {"KdColor 1 0.5 0 1\nKaColor 0.2 0.2 0.2 1\nKsColor 0 0 1 1\nReflectionColor 0 1 0 0",
+         "#ff7f00 #333333x0.15 #0000ff #00ff00x0 0.5 0 -1..1 1 nomap"},
         {"KdColor 0 0 1 1\nKdColor 1.5 0 -2 1", "#0000ff #000000x0 #ffffff #ffffffx0 0.5 0 -1..1 1 nomap"},
-        {"NsExponent 20\nbumpStrength 0.7",
-         "#ffffff #000000x0 #ffffff #ffffffx0 0.9 0.7 -0.01..0.01 1 nomap"},
-        {"NsExponent 0\ntMax 0.25", "#ffffff #000000x0 #ffffff #ffffffx0 1 0 -1..1 0.75 nomap"},
-        {"NsExponent 150\ntMax 2", "#ffffff #000000x0 #ffffff #ffffffx0 0.5 0 -1..1 0 nomap"},
-        {"tMax -1\nreflectionStrength 0.5", fresh},
+        {"NsExponent 20\nbumpStrength 0.7\ntMax 0.25",
+         "#ffffff #000000x0 #ffffff #ffffffx0 0.9 0.7 -0.01..0.01 0.75 nomap"},
+        {"NsExponent 0\ntMax 2", "#ffffff #000000x0 #ffffff #ffffffx0 1 0 -1..1 0 nomap"},
+        {"NsExponent 150\ntMax -1\nreflectionStrength 0.5", fresh},
         {"reflectionMap env.png\nreflectionStrength 0.5",
          "#ffffff #000000x0 #ffffff #ffffffx0.5 0.5 0 -1..1 1 nomap"},
         {"tMax 0.5\ntransparencyMap env.png\ntextureMap env.png\ntextureMap NO_MAP", fresh},
