@@ -212,6 +212,7 @@ protected:
     bool parseVersionLine(char **argv, int argc);
     bool parseObjectLine(char **argv, int argc);
     bool parseAltGeom(char **argv, int argc);
+    bool parseJointParam(char **argv, int argc);
     bool parseMaterialLine(char **argv, int argc);
     bool parseFigureLine(char **argv, int argc);
 
@@ -336,6 +337,23 @@ protected:
     void checkChannelLimits();
     // The last scene item whose Poser name (or, without one, its node's label) is `name`.
     OvNode *lastSceneItemNamed(const QString &name) const;
+
+    // ---- joint parameters ----
+    // The channel line of a bend, twist, smooth-scale or curve parameter.
+    bool chanJoint(char **argv, int argc);
+    static const KeywordRow s_jointParamKeywords[];
+    // Reads the two raw sphere matrices from the lines that follow, braces included.
+    bool readSphereMats(char **argv, int argc);
+    bool jointOtherActor(char **argv, int argc);
+    bool jointAngles(char **argv, int argc);
+    bool jointDoBulge(char **argv, int argc);
+    bool jointBulge(char **argv, int argc);
+    bool jointStartPt(char **argv, int argc);
+    bool jointEndPt(char **argv, int argc);
+    bool jointSmoothZones(char **argv, int argc);
+    bool jointFlipped(char **argv, int argc);
+    // m_curJointParam as a P, or null after the wrong-type warning naming `tag`.
+    template <class P> P *jointParamAs(const char *tag);
 
     // ---- content location helpers ----
     void learnLocation(const QString &name, const QString &selected);

@@ -30,7 +30,7 @@ const OvPZ3Importer::ModeHandler OvPZ3Importer::s_modeHandlers[ModeCount] = {
     nullptr,                              // ModeIgnore       skipped
     &OvPZ3Importer::parseTargetGeomBody,  // ModeTargetGeom morph target body
     nullptr,                              // ModeDeltas       morph deltas
-    nullptr,                              // ModeJointParm    joint-parameter body
+    &OvPZ3Importer::parseJointParam,      // ModeJointParm    joint-parameter body
     &OvPZ3Importer::parseAltGeom,         // ModeAltGeom      alternate geometry
     nullptr,                              // ModeInkyChain    IK chain
     &OvPZ3Importer::parseParmChannelBody, // ModeParmChannel deformer channel body

@@ -24,6 +24,7 @@ class OvProperty;
 class OvMaterial;
 class OvLight;
 class OvBasicCamera;
+class OvPoserJointParam;
 
 // Kinds of Poser file, told apart by the extension.
 enum class Pz3FileKind : int {
@@ -101,6 +102,7 @@ struct Pz3ReadState {
     OvNode *m_curFigure = nullptr;
     OvNode *m_curNode = nullptr; // null while a section is skipped
     OvProperty *m_curProperty = nullptr;
+    OvPoserJointParam *m_curJointParam = nullptr; // the joint parameter whose body is being read
     OvMaterial *m_material = nullptr;
     OvPz3GeomItem *m_curGeom = nullptr; // geometry of the last figureResFile or alternate objFile
     QString m_curBinMorphFile;          // resolved path of the last morphBinaryFile

@@ -234,9 +234,26 @@ private:
                                             .arg(dform->getName());
                 checkProperty(where, *dform->getValueChannel());
             }
+            if (auto *joint = dynamic_cast<const OvPoserJoint *>(object.getModifier(i)))
+                checkJointParams(where, *joint);
         }
         for (int i = 0; i < shapes; ++i)
             checkShape(*object.getShape(i));
+    }
+
+    // Every parameter is there, and the bones it names are in the scene.
+    void checkJointParams(const QString &where, const OvPoserJoint &joint) {
+        for (int i = 0; i < joint.getNumParams(); ++i) {
+            const OvPoserJointParam *p = joint.getParam(i);
+            if (!p) {
+                problems << where + QStringLiteral(": joint parameter %1 is null").arg(i);
+                continue;
+            }
+            auto *curve = dynamic_cast<const OvPoserCurve *>(p);
+            if (m_checkLinks && (!linkAlive(p->getDriver()) || (curve && !linkAlive(curve->getBone()))))
+                problems << where + QStringLiteral(": joint parameter %1 refers to a bone not in the scene")
+                                        .arg(p->getName());
+        }
     }
 
     // A mesh that several shapes share is checked once; each shape still needs a material for
