@@ -399,9 +399,12 @@ void TreeWriter::material(const OvMaterial &m, int id, bool first) {
         return;
     }
     m_out << ": diffuse " << colorText(d->getDiffuseColor()) << ", ambient "
-          << colorText(d->getAmbientColor()) << ", specular " << colorText(d->getSpecularColor())
-          << ", glossiness " << num(d->getGlossinessStrength()) << ", opacity " << num(d->getBaseOpacity())
-          << ", ior " << num(d->getIndexOfRefraction()) << ", bump " << num(d->getBumpStrength()) << "\n";
+          << colorText(d->getAmbientColor()) << " x" << num(d->getAmbientStrength()) << ", specular "
+          << colorText(d->getSpecularColor()) << ", glossiness " << num(d->getGlossinessStrength())
+          << ", reflection " << colorText(d->getReflectionColor()) << " x" << num(d->getReflectionStrength())
+          << ", opacity " << num(d->getBaseOpacity()) << ", ior " << num(d->getIndexOfRefraction())
+          << ", bump " << num(d->getBumpStrength()) << " (" << num(d->getBumpMin()) << ".."
+          << num(d->getBumpMax()) << ")\n";
     const struct {
         const char *name;
         const OvTexture *t;
@@ -412,9 +415,13 @@ void TreeWriter::material(const OvMaterial &m, int id, bool first) {
                 {"opacity", d->getOpacityMap()},
                 {"reflection", d->getReflectionMap()}};
     for (const auto &map : maps)
-        if (map.t)
+        if (map.t) {
             m_out << m_indent << "  map " << map.name << ": " << map.t->getPath() << " (" << map.t->getWidth()
-                  << "x" << map.t->getHeight() << ")\n";
+                  << "x" << map.t->getHeight();
+            if (!map.t->getName().isEmpty())
+                m_out << ", key " << quoted(map.t->getName());
+            m_out << ")\n";
+        }
 }
 
 } // namespace

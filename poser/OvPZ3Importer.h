@@ -5,6 +5,7 @@
 
 #include "ReadState.h"
 #include <OvImporter.h>
+#include <OvMaterial.h>
 #include <OvTypes.h>
 #include <QHash>
 #include <QList>
@@ -95,6 +96,19 @@ public:
     OvTSharedPointer<OvMaterial> resolveMaterial(OvNode *node, const QString &name);
     void setBending(OvNode *node, bool on);
 
+    // ---- materials and texture maps ----
+    // The cached or newly loaded texture of a map value; null when its image is not found or not read.
+    OvTexture *getPoserTexture(const QString &value);
+    bool findTextureFile(const QString &name, QString &foundPath, bool askUser);
+    bool findInContentDirs(const QString &fileName, QString &foundPath);
+    bool findFileBelow(const QString &folder, const QString &fileName, QString &foundPath);
+    // The name a map's texture is cached under: its file name without folders or extension.
+    static QString textureKey(const QString &path);
+    // Every texture loaded by this importer, over all its reads.
+    const OvTArray<OvTSharedPointer<OvTexture>> &textures() const { return m_textures; }
+    // Content folders listed for file names during the last read.
+    int foldersListedForNames() const { return m_nameIndex.foldersListed(); }
+
     // ---- channels ----
     // Transform component codes of m_curChannelType.
     enum ChannelType : int {
@@ -162,6 +176,8 @@ protected:
     static const KeywordRow s_geometryKeywords[];
     static const KeywordRow s_altGeomKeywords[];
     static const KeywordRow s_versionKeywords[];
+    static const KeywordRow s_materialKeywords[];
+    static const KeywordRow s_figureKeywords[];
     static const KeywordRow s_channelBodyKeywords[];
     static const KeywordRow s_targetGeomKeywords[];
     static const KeywordRow s_parmChannelKeywords[];
@@ -197,6 +213,22 @@ protected:
     bool parseObjectLine(char **argv, int argc);
     bool parseAltGeom(char **argv, int argc);
     bool parseJointParam(char **argv, int argc);
+    bool parseMaterialLine(char **argv, int argc);
+    bool parseFigureLine(char **argv, int argc);
+
+    // ---- keyword handlers: figure and material sections ----
+    bool figRoot(char **argv, int argc);
+    bool figMaterial(char **argv, int argc);
+    template <void (OvDefaultMaterial::*Set)(const QColor &)> bool matColor(char **argv, int argc);
+    bool matAmbientColor(char **argv, int argc);
+    bool matNsExponent(char **argv, int argc);
+    bool matBumpStrength(char **argv, int argc);
+    bool matReflectionStrength(char **argv, int argc);
+    bool matTMax(char **argv, int argc);
+    template <void (OvDefaultMaterial::*Set)(OvTexture *)> bool matMap(char **argv, int argc);
+    OvDefaultMaterial *currentMaterial(const char *trace);
+    bool materialNumber(const char *token, float &value);
+    bool materialColor(char **argv, QColor &color);
 
     // ---- keyword handlers: top level ----
     bool fileFigureResFile(char **argv, int argc);
@@ -357,5 +389,8 @@ protected:
     std::vector<std::unique_ptr<OvPz3DeformerChannelItem>> m_deformerChannels;
     OvPz3DeformerChannelItem *m_curDeformerChannel = nullptr;
     QString m_figureResName;
+    // Textures loaded by this importer, each named with its key; never searched for again.
+    OvTArray<OvTSharedPointer<OvTexture>> m_textures{8};
+    QHash<QString, OvTexture *> m_textureNamed; // the same textures by key
     Pz3HandSide m_fileHandSide = Pz3HandSide::Right;
 };

@@ -18,12 +18,12 @@
 // reader is not part of this build yet, or (ModeIgnore) the section is skipped on purpose.
 const OvPZ3Importer::ModeHandler OvPZ3Importer::s_modeHandlers[ModeCount] = {
     &OvPZ3Importer::parseFileLine,        // ModeFile         top-level sections
-    nullptr,                              // ModeFigure       figure section
+    &OvPZ3Importer::parseFigureLine,      // ModeFigure       figure section
     &OvPZ3Importer::parseObjectLine,      // ModeObject       actor, prop, light, camera sections
     &OvPZ3Importer::parseChannelsLine,    // ModeChannels    channels section
     &OvPZ3Importer::parseChannelBody,     // ModeChannel      body of a channel
     &OvPZ3Importer::parseKeysLine,        // ModeKeys         animation keys
-    nullptr,                              // ModeMaterial     material section
+    &OvPZ3Importer::parseMaterialLine,    // ModeMaterial     material section
     nullptr,                              // ModeMovieInfo    movieInfo section
     &OvPZ3Importer::parseDocLine,         // ModeDoc          doc section
     &OvPZ3Importer::parseVersionLine,     // ModeVersion      version section

@@ -7,6 +7,7 @@
 #include "FolderIndex.h"
 #include "LocatedDirList.h"
 #include "channels/ChannelGroups.h"
+#include "figure/Textures.h"
 #include "scene/SceneItemIndex.h"
 #include "scene/SceneItems.h"
 #include <OvTypes.h>
@@ -143,6 +144,7 @@ struct Pz3ReadState {
     bool m_askForFiles = true;
     FolderIndex m_folderIndex;     // folder listings, made on first need and kept for this read
     QSet<QString> m_missingLogged; // names already logged as not found
+    FileNameIndex m_nameIndex;     // content folders by file name, for maps found by name alone
 
     // ---- flags ----
     int m_limitsAnswer = 0;
