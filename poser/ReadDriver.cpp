@@ -5,6 +5,7 @@
 
 #include <OvApp.h>
 #include <OvMaterial.h>
+#include <OvMorph.h>
 #include <OvScene.h>
 #include <OvSubDShape.h>
 #include <QDir>
@@ -29,7 +30,7 @@ const OvPZ3Importer::ModeHandler OvPZ3Importer::s_modeHandlers[ModeCount] = {
     &OvPZ3Importer::parseVersionLine, // ModeVersion      version section
     nullptr,                          // ModeIgnore       skipped
     nullptr,                          // ModeTargetGeom   morph target body
-    nullptr,                          // ModeDeltas       morph deltas
+    &OvPZ3Importer::parseDeltaLine,   // ModeDeltas       morph deltas
     nullptr,                          // ModeJointParm    joint-parameter body
     &OvPZ3Importer::parseAltGeom,     // ModeAltGeom      alternate geometry
     nullptr,                          // ModeInkyChain    IK chain
@@ -105,6 +106,8 @@ bool OvPZ3Importer::runLineLoop(char **argv) {
             char *begin = nullptr, *end = nullptr;
             if (m_file->getRawLine(begin, end)) {
                 ++m_file->m_lineNumber;
+                if (m_parseMode == ModeDeltas && readDeltaLine(begin, end))
+                    continue;
                 const bool handled = m_parseMode >= 0 && m_parseMode < ModeCount &&
                                      s_modeHandlers[m_parseMode] &&
                                      !(m_parseMode == ModeKeys && m_ignoreKeys);
@@ -202,6 +205,10 @@ void OvPZ3Importer::closeSectionStep() {
                     item->rotOrderFixed = true;
             }
         }
+        break;
+    case ModeDeltas:
+        if (m_curMorph)
+            m_curMorph->morph->getDeltas()->squeeze(); // growth room is a third of the deltas' size
         break;
     case ModeObject:
         m_foundOnFollowTarget = false;

@@ -6,6 +6,7 @@
 
 #include "FolderIndex.h"
 #include "LocatedDirList.h"
+#include "channels/BinaryMorph.h"
 #include "scene/SceneItemIndex.h"
 #include "scene/SceneItems.h"
 #include <OvTypes.h>
@@ -21,6 +22,13 @@ class OvProperty;
 class OvMaterial;
 class OvLight;
 class OvBasicCamera;
+class OvMorph;
+
+// A morph found or made in this import, with the node whose object carries it.
+struct OvPz3MorphItem {
+    OvMorph *morph = nullptr;
+    OvNode *node = nullptr;
+};
 
 // Kinds of Poser file, told apart by the extension.
 enum class Pz3FileKind : int {
@@ -92,9 +100,11 @@ struct Pz3ReadState {
     OvNode *m_curNode = nullptr; // null while a section is skipped
     OvProperty *m_curProperty = nullptr;
     OvMaterial *m_material = nullptr;
-    OvPz3GeomItem *m_curGeom = nullptr; // geometry of the last figureResFile or alternate objFile
-    QString m_curBinMorphFile;          // resolved path of the last morphBinaryFile
-    QString m_altGeomName;              // labels the shape of the next alternate objFile
+    OvPz3GeomItem *m_curGeom = nullptr;         // geometry of the last figureResFile or alternate objFile
+    OvPz3BinMorph *m_curBinMorphFile = nullptr; // record of the last morphBinaryFile
+    OvPz3MorphItem *m_curMorph = nullptr;       // morph of the last targetGeom channel
+    int m_deltaVertexLimit = -1;                // vertices of its mesh, -1 when it has none
+    QString m_altGeomName;                      // labels the shape of the next alternate objFile
     int m_curChannelType = 0;
     int m_colorComponent = 0;
     bool m_isColorChannel = false;
@@ -110,6 +120,9 @@ struct Pz3ReadState {
     qint64 m_includeBytes = 0;
     bool m_inputDamaged = false; // a file could not be read to its end
     OvTArray<OvPz3SubDNode> m_subDNodes{8};
+    std::vector<std::unique_ptr<OvPz3MorphItem>> m_morphItems; // in creation order; entries never move
+    QHash<QPair<const OvNode *, QString>, OvPz3MorphItem *> m_morphItemOf; // the first item of each
+    std::vector<std::unique_ptr<OvPz3BinMorph>> m_binMorphs;               // one per resolved path
     QList<OvLight *> m_lights;
     QHash<QString, OvLight *> m_lightNamed; // the first of m_lights with that name
     QList<OvBasicCamera *> m_cameras;
