@@ -8,6 +8,7 @@
 #include <OvLight.h>
 #include <OvMaterial.h>
 #include <OvModifiers.h>
+#include <OvMorph.h>
 #include <OvNode.h>
 #include <OvPolyMesh.h>
 #include <OvScene.h>
@@ -276,6 +277,10 @@ void TreeWriter::modifier(OvModifier &m) {
         m_out << ": deformer " << nodeRef(dform->getDForm()) << ", value "
               << num(dform->getValueChannel()->getValue()) << "\n";
         writeChannel(*dform->getValueChannel());
+    } else if (auto *morph = dynamic_cast<OvMorph *>(&m)) {
+        m_out << ": value " << num(morph->getValueChannel()->getValue()) << ", "
+              << morph->getDeltas()->getNumDeltas() << " deltas\n";
+        writeChannel(*morph->getValueChannel());
     } else {
         m_out << "\n";
     }
