@@ -2,7 +2,9 @@
 // docs/scene-json.md.
 #include "JsonWriter.h"
 #include "SceneDump.h"
+
 #include "SceneWalk.h"
+#include <cmath>
 
 #include <OvApp.h>
 #include <OvDeformers.h>
@@ -310,12 +312,35 @@ void JsonSceneWriter::writeProperty(const OvProperty &p) {
     m_w.field("name", p.getName());
     m_w.field("label", p.getLabel());
     m_w.field("hidden", p.isHidden());
+    m_w.field("user", p.isUserProperty());
+    m_w.field("canAnimate", p.canAnimate());
+    if (auto *n = dynamic_cast<const OvNumericProperty *>(&p))
+        m_w.field("clamped", n->isClamped());
     if (auto *i = dynamic_cast<const OvIntProperty *>(&p)) {
         m_w.field("value", i->getValue());
         m_w.field("min", i->getMin());
         m_w.field("max", i->getMax());
     } else if (auto *f = dynamic_cast<const OvFloatProperty *>(&p)) {
         m_w.field("value", f->getValue());
+        m_w.field("default", f->getDefaultValue());
+        // An unbounded end is null.
+        m_w.key("min");
+        if (std::isinf(f->getMin()))
+            m_w.valueNull();
+        else
+            m_w.value(f->getMin());
+        m_w.key("max");
+        if (std::isinf(f->getMax()))
+            m_w.valueNull();
+        else
+            m_w.value(f->getMax());
+        m_w.field("sensitivity", f->getSensitivity());
+        if (auto *target = dynamic_cast<const OvNumericNodeProperty *>(&p)) {
+            m_w.key("target");
+            nodeRef(target->getNode());
+        }
+    } else if (auto *c = dynamic_cast<const OvColorProperty *>(&p)) {
+        m_w.field("value", colorText(c->getValue()));
     } else if (auto *b = dynamic_cast<const OvBoolProperty *>(&p)) {
         m_w.field("value", b->getValue());
     } else if (auto *s = dynamic_cast<const OvSkeletonProperty *>(&p)) {

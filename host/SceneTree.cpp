@@ -3,6 +3,7 @@
 #include "JsonWriter.h"
 #include "SceneDump.h"
 #include "SceneWalk.h"
+#include <cmath>
 
 #include <OvDeformers.h>
 #include <OvLight.h>
@@ -41,14 +42,22 @@ bool isRestPlacement(const OvNode &node) {
            q[2] == 0 && q[3] == 1 && node.getRotationOrder() == OvRotationOrder::XYZ;
 }
 
+// A float property with nothing set but its value: no default of its own, limits, sensitivity or
+// clamping.
+bool isFreshFloat(const OvFloatProperty &f, float value) {
+    return f.getDefaultValue() == value && std::isinf(f.getMin()) && std::isinf(f.getMax()) &&
+           f.getSensitivity() == 1.0f && !f.isClamped();
+}
+
 // A property the host makes for every node (or every object, skeleton, spot light, camera) that
 // still looks as the host made it; the tree leaves these out. The follow target, spread angle and
 // focal length are shown on their class's own line instead.
 bool isStandardAtRest(const OvElement &owner, const OvProperty &p) {
-    if (p.isHidden() || p.getLabel() != p.getName() || p.getNumControllers() > 0)
+    if (p.isHidden() || p.getLabel() != p.getName() || p.getNumControllers() > 0 || p.isUserProperty() ||
+        !p.canAnimate())
         return false;
     auto floatIs = [&p](const OvFloatProperty *control, float fresh) {
-        return &p == control && control->getValue() == fresh;
+        return &p == control && control->getValue() == fresh && isFreshFloat(*control, fresh);
     };
     auto boolIs = [&p](const OvBoolProperty *control) { return &p == control && control->getValue(); };
     if (auto *node = qobject_cast<const OvNode *>(&owner)) {
@@ -62,6 +71,12 @@ bool isStandardAtRest(const OvElement &owner, const OvProperty &p) {
             return true;
         if (auto *skeleton = qobject_cast<const OvSkeleton *>(node))
             return &p == skeleton->getFollowControl();
+        if (auto *light = qobject_cast<const OvLight *>(node)) {
+            const OvColorProperty *color = light->getColorControl();
+            if ((&p == color && color->getValue() == QColor(Qt::white)) ||
+                floatIs(light->getIntensityControl(), 1))
+                return true;
+        }
         if (auto *spot = qobject_cast<const OvSpotLight *>(node))
             return &p == spot->getSpreadAngleControl();
         if (auto *camera = qobject_cast<const OvBasicCamera *>(node))
@@ -220,6 +235,16 @@ void TreeWriter::writeProperty(const OvProperty &p) {
         m_out << " = " << i->getValue() << intRangeText(*i);
     } else if (auto *f = dynamic_cast<const OvFloatProperty *>(&p)) {
         m_out << " = " << num(f->getValue());
+        if (!isFreshFloat(*f, f->getValue())) {
+            m_out << ", default " << num(f->getDefaultValue()) << ", range "
+                  << (std::isinf(f->getMin()) ? QStringLiteral("-") : num(f->getMin())) << ".."
+                  << (std::isinf(f->getMax()) ? QStringLiteral("-") : num(f->getMax()))
+                  << (f->isClamped() ? " clamped" : "") << ", sensitivity " << num(f->getSensitivity());
+        }
+        if (auto *target = dynamic_cast<const OvNumericNodeProperty *>(&p))
+            m_out << ", target " << nodeRef(target->getNode());
+    } else if (auto *c = dynamic_cast<const OvColorProperty *>(&p)) {
+        m_out << " = " << colorText(c->getValue());
     } else if (auto *b = dynamic_cast<const OvBoolProperty *>(&p)) {
         m_out << " = " << (b->getValue() ? "true" : "false");
     } else if (auto *s = dynamic_cast<const OvSkeletonProperty *>(&p)) {
@@ -229,6 +254,10 @@ void TreeWriter::writeProperty(const OvProperty &p) {
         m_out << ", label " << quoted(p.getLabel());
     if (p.isHidden())
         m_out << ", hidden";
+    if (p.isUserProperty())
+        m_out << ", user";
+    if (!p.canAnimate())
+        m_out << ", not animated";
     m_out << "\n";
     indent();
     for (int i = 0; i < p.getNumControllers(); ++i)

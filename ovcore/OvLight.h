@@ -5,7 +5,13 @@
 class OvLight : public OvNode {
     Q_OBJECT
 public:
-    OvLight() = default;
+    OvLight();
+    OvColorProperty *getColorControl() const { return m_color; }
+    OvFloatProperty *getIntensityControl() const { return m_intensity; }
+
+private:
+    OvColorProperty *m_color;
+    OvFloatProperty *m_intensity;
 };
 
 class OvDistantLight : public OvLight {

@@ -203,6 +203,12 @@ OvVec3 OvNode::localPos() const {
 }
 
 // Summed from the root down, as a parent's position is the sum of its own chain.
+OvNumericNodeProperty *OvNode::getPointAtControl() {
+    if (!m_pointAt)
+        m_pointAt = addProperty(new OvNumericNodeProperty(QStringLiteral("Point At"), 1.0f));
+    return m_pointAt;
+}
+
 OvVec3 OvNode::getWSPos() const {
     std::vector<const OvNode *> chain;
     for (const OvNode *n = this; n; n = n->m_parent)

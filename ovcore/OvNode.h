@@ -147,6 +147,9 @@ public:
     OvFloatProperty *getYScaleControl() const { return m_scale[1]; }
     OvFloatProperty *getZScaleControl() const { return m_scale[2]; }
     OvFloatProperty *getScaleControl() const { return m_uniformScale; }
+    // Aims the node at another; the host adds it to a node's properties when first asked for it.
+    OvNumericNodeProperty *getPointAtControl();
+    OvNumericNodeProperty *findPointAtControl() const { return m_pointAt; }
 
     // Flags.
     OvBoolProperty *getVisibilityControl() const { return m_visible; }
@@ -174,6 +177,7 @@ private:
     OvFloatProperty *m_rot[3];
     OvFloatProperty *m_scale[3];
     OvFloatProperty *m_uniformScale;
+    OvNumericNodeProperty *m_pointAt = nullptr;
     OvBoolProperty *m_visible;
     OvBoolProperty *m_shadow;
     OvBoolProperty *m_selectable;

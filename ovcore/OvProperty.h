@@ -2,12 +2,16 @@
 // Node properties (the animatable values a user sees), the controllers that drive them, and
 // element data items (records that importers leave on scene objects).
 
+#include <QColor>
 #include <QString>
 #include <QStringList>
+#include <algorithm>
+#include <limits>
 #include <memory>
 #include <vector>
 
 class OvElement;
+class OvNode;
 class OvSkeleton;
 class OvNumericProperty;
 
@@ -47,10 +51,21 @@ public:
     virtual const char *className() const = 0;
 
     const QString &getName() const { return m_name; }
+    // The label follows the name until it is set on its own.
+    void setName(const QString &name) {
+        if (m_label == m_name)
+            m_label = name;
+        m_name = name;
+    }
     const QString &getLabel() const { return m_label; }
     void setLabel(const QString &label) { m_label = label; }
     bool isHidden() const { return m_hidden; }
     void setHidden(bool hidden) { m_hidden = hidden; }
+    // A property an importer or user added (the host's own are not), and whether it takes keys.
+    bool isUserProperty() const { return m_userProperty; }
+    void setIsUserProperty(bool user) { m_userProperty = user; }
+    bool canAnimate() const { return m_canAnimate; }
+    void setCanAnimate(bool animate) { m_canAnimate = animate; }
     OvElement *getOwner() const { return m_owner; }
     void setOwner(OvElement *owner) { m_owner = owner; }
 
@@ -67,6 +82,8 @@ private:
     QString m_name;
     QString m_label;
     bool m_hidden = false;
+    bool m_userProperty = false;
+    bool m_canAnimate = true;
     OvElement *m_owner = nullptr;
     std::vector<std::unique_ptr<OvController>> m_controllers;
 };
@@ -81,20 +98,67 @@ private:
     bool m_clamped = false;
 };
 
+// A float dial: its value, the default it resets to, limits that hold while it is clamped, and the
+// sensitivity (value change per unit of mouse drag).
 class OvFloatProperty : public OvNumericProperty {
 public:
+    static constexpr float Unbounded = std::numeric_limits<float>::infinity();
+
     explicit OvFloatProperty(const QString &name, float value = 0.0f)
         : OvNumericProperty(name), m_value(value), m_default(value) {}
     const char *className() const override { return "OvFloatProperty"; }
     float getValue() const { return m_value; }
-    void setValue(float v) { m_value = v; }
+    // Held within the limits while the property is clamped.
+    void setValue(float v) { m_value = isClamped() ? std::min(std::max(v, m_min), m_max) : v; }
     float getDefaultValue() const { return m_default; }
-    void setDefaultValue(float v) { m_default = m_value = v; }
-    void setIntValue(int v) override { m_value = float(v); }
+    // The value follows its new default.
+    void setDefaultValue(float v) {
+        m_default = v;
+        setValue(v);
+    }
+    void setIntValue(int v) override { setValue(float(v)); }
+    float getMin() const { return m_min; }
+    void setMin(float v) { m_min = v; }
+    float getMax() const { return m_max; }
+    void setMax(float v) { m_max = v; }
+    void getMinMax(float &min, float &max) const {
+        min = m_min;
+        max = m_max;
+    }
+    float getSensitivity() const { return m_sensitivity; }
+    void setSensitivity(float v) { m_sensitivity = v; }
 
 private:
     float m_value;
     float m_default;
+    float m_min = -Unbounded;
+    float m_max = Unbounded;
+    float m_sensitivity = 1.0f;
+};
+
+// A float dial that also names a node: the point-at control (weight and target).
+class OvNumericNodeProperty : public OvFloatProperty {
+public:
+    explicit OvNumericNodeProperty(const QString &name, float value = 0.0f) : OvFloatProperty(name, value) {}
+    const char *className() const override { return "OvNumericNodeProperty"; }
+    OvNode *getNode() const { return m_node; }
+    void setNode(OvNode *node) { m_node = node; }
+
+private:
+    OvNode *m_node = nullptr;
+};
+
+// A colour (a light's); components 0 to 1.
+class OvColorProperty : public OvProperty {
+public:
+    explicit OvColorProperty(const QString &name, const QColor &value = Qt::white)
+        : OvProperty(name), m_value(value) {}
+    const char *className() const override { return "OvColorProperty"; }
+    QColor getValue() const { return m_value; }
+    void setValue(const QColor &c) { m_value = c; }
+
+private:
+    QColor m_value;
 };
 
 class OvIntProperty : public OvNumericProperty {

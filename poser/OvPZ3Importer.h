@@ -100,6 +100,34 @@ public:
     OvTSharedPointer<OvMaterial> resolveMaterial(OvNode *node, const QString &name);
     void setBending(OvNode *node, bool on);
 
+    // ---- channels ----
+    // Transform component codes of m_curChannelType.
+    enum ChannelType : int {
+        TranslateX = 0x1,
+        TranslateY = 0x2,
+        TranslateZ = 0x4,
+        RotateX = 0x10,
+        RotateY = 0x20,
+        RotateZ = 0x40,
+        UniformScale = 0x100,
+        ScaleX = 0x200,
+        ScaleY = 0x400,
+        ScaleZ = 0x800,
+    };
+    // The float property that stands for a Poser value channel of `node`; made when missing
+    // (except while applying a file to the selection).
+    OvFloatProperty *getValueProperty(OvNode *node, const QString &name);
+    // The property of `node` that the Poser channel `name` drives, or null.
+    OvProperty *findChannelProperty(OvNode *node, const QString &name) const;
+    void addChannelNameMap(OvProperty *property, const QString &name);
+    // Records a rotation channel (axis 0 X, 1 Y, 2 Z) for the node's rotation order.
+    void trackRotationAxis(OvNode *node, int axis);
+    // Rotation order from the first two rotation axes, in the order their channels appeared.
+    static OvRotationOrder rotationOrderFor(int count, const short axes[3]);
+    // Switches off the rotation limits of a node and, for a figure, of all its bones.
+    void turnOffLimits(OvNode *node);
+    const std::vector<ChannelNameMap> &channelNameMaps() const { return m_channelNameMaps; }
+
     // ---- what the last read left ----
     const OvTArray<OvPz3SceneItem> &sceneItems() const { return m_sceneItems; }
     const OvTArray<OvPz3SubDNode> &subDNodes() const { return m_subDNodes; }
@@ -123,7 +151,7 @@ protected:
         Stop,  // reportError(message), the import stops
     };
     // What must be current before the tokens are counted; without it the line is skipped silently.
-    enum class Needs : unsigned char { Nothing, Node, Figure };
+    enum class Needs : unsigned char { Nothing, Node, Figure, Property };
     // One keyword of a section. A table ends with a row whose keyword is null; the first row whose
     // keyword equals the line's first token takes the line.
     struct KeywordRow {
@@ -139,6 +167,9 @@ protected:
     static const KeywordRow s_geometryKeywords[];
     static const KeywordRow s_altGeomKeywords[];
     static const KeywordRow s_versionKeywords[];
+    static const KeywordRow s_channelBodyKeywords[];
+    static const KeywordRow s_targetGeomKeywords[];
+    static const KeywordRow s_parmChannelKeywords[];
     static const KeywordRow *findKeyword(const KeywordRow *table, const char *keyword);
     bool runKeyword(const KeywordRow &row, char **argv, int argc);
     bool dispatchKeyword(const KeywordRow *table, char **argv, int argc);
@@ -231,6 +262,50 @@ protected:
     void linkGenitalsOff();
 
     bool versionNumber(char **argv, int argc);
+
+    // ---- channels section: one handler per channel kind ----
+    enum class ChannelMatch : unsigned char { Exact, Prefix };
+    struct ChannelKindRow {
+        const char *keyword;
+        ChannelMatch match;
+        ModeHandler handler;
+    };
+    // The first row that matches the line's first token takes the line; no match skips the body.
+    static const ChannelKindRow s_channelKinds[];
+    bool parseChannelsLine(char **argv, int argc);
+    bool chanRotate(char **argv, int argc);
+    bool chanTranslate(char **argv, int argc);
+    bool chanScale(char **argv, int argc);
+    bool chanLightColor(char **argv, int argc);
+    bool chanIntensity(char **argv, int argc);
+    bool chanFocal(char **argv, int argc);
+    bool chanFalloffEnd(char **argv, int argc);
+    bool chanGroups(char **argv, int argc);
+    bool chanValueParm(char **argv, int argc);
+    bool chanGeomChan(char **argv, int argc);
+    bool chanDeformerPropChan(char **argv, int argc);
+    bool chanPointAt(char **argv, int argc);
+    // After a transform channel chose its property: the Poser name is recorded against it.
+    void recordChannelName(char **argv, int argc);
+
+    // ---- channel bodies ----
+    bool parseChannelBody(char **argv, int argc);
+    bool parseTargetGeomBody(char **argv, int argc);
+    bool parseParmChannelBody(char **argv, int argc);
+    bool bodyInitValue(char **argv, int argc);
+    bool bodyMin(char **argv, int argc);
+    bool bodyMax(char **argv, int argc);
+    bool bodyTrackingScale(char **argv, int argc);
+    bool bodyForceLimits(char **argv, int argc);
+    bool bodyName(char **argv, int argc);
+    bool bodyHidden(char **argv, int argc);
+    bool bodyKeys(char **argv, int argc);
+    bool bodyPointAtTarget(char **argv, int argc);
+    bool bodyDeformerProp(char **argv, int argc);
+    // A channel value in host units: translations (and a deformer zone's size) are Poser lengths.
+    float channelUnits(float value) const;
+    // The last scene item whose Poser name (or, without one, its node's label) is `name`.
+    OvNode *lastSceneItemNamed(const QString &name) const;
 
     // ---- morph targets: the targetGeom channel, its body keywords and its deltas ----
     bool chanTargetGeom(char **argv, int argc);

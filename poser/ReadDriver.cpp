@@ -18,25 +18,25 @@
 // One handler per parse mode, in mode order. A null entry skips the lines of that section: its
 // reader is not part of this build yet, or (ModeIgnore) the section is skipped on purpose.
 const OvPZ3Importer::ModeHandler OvPZ3Importer::s_modeHandlers[ModeCount] = {
-    &OvPZ3Importer::parseFileLine,    // ModeFile         top-level sections
-    nullptr,                          // ModeFigure       figure section
-    &OvPZ3Importer::parseObjectLine,  // ModeObject       actor, prop, light, camera sections
-    nullptr,                          // ModeChannels     channels section
-    nullptr,                          // ModeChannel      body of a channel
-    nullptr,                          // ModeKeys         animation keys
-    nullptr,                          // ModeMaterial     material section
-    nullptr,                          // ModeMovieInfo    movieInfo section
-    nullptr,                          // ModeDoc          doc section
-    &OvPZ3Importer::parseVersionLine, // ModeVersion      version section
-    nullptr,                          // ModeIgnore       skipped
-    nullptr,                          // ModeTargetGeom   morph target body
-    &OvPZ3Importer::parseDeltaLine,   // ModeDeltas       morph deltas
-    nullptr,                          // ModeJointParm    joint-parameter body
-    &OvPZ3Importer::parseAltGeom,     // ModeAltGeom      alternate geometry
-    nullptr,                          // ModeInkyChain    IK chain
-    nullptr,                          // ModeParmChannel  value-parameter body
-    nullptr,                          // ModeGroups       channel groups
-    nullptr,                          // ModeGroupNode    channel group node
+    &OvPZ3Importer::parseFileLine,        // ModeFile         top-level sections
+    nullptr,                              // ModeFigure       figure section
+    &OvPZ3Importer::parseObjectLine,      // ModeObject       actor, prop, light, camera sections
+    &OvPZ3Importer::parseChannelsLine,    // ModeChannels    channels section
+    &OvPZ3Importer::parseChannelBody,     // ModeChannel      body of a channel
+    nullptr,                              // ModeKeys         animation keys
+    nullptr,                              // ModeMaterial     material section
+    nullptr,                              // ModeMovieInfo    movieInfo section
+    nullptr,                              // ModeDoc          doc section
+    &OvPZ3Importer::parseVersionLine,     // ModeVersion      version section
+    nullptr,                              // ModeIgnore       skipped
+    &OvPZ3Importer::parseTargetGeomBody,  // ModeTargetGeom morph target body
+    &OvPZ3Importer::parseDeltaLine,       // ModeDeltas       morph deltas
+    nullptr,                              // ModeJointParm    joint-parameter body
+    &OvPZ3Importer::parseAltGeom,         // ModeAltGeom      alternate geometry
+    nullptr,                              // ModeInkyChain    IK chain
+    &OvPZ3Importer::parseParmChannelBody, // ModeParmChannel deformer channel body
+    nullptr,                              // ModeGroups       channel groups
+    nullptr,                              // ModeGroupNode    channel group node
 };
 
 // ---- keyword tables ----
@@ -52,7 +52,8 @@ const OvPZ3Importer::KeywordRow *OvPZ3Importer::findKeyword(const KeywordRow *ta
 }
 
 bool OvPZ3Importer::runKeyword(const KeywordRow &row, char **argv, int argc) {
-    if ((row.needs == Needs::Node && !m_curNode) || (row.needs == Needs::Figure && !m_curFigure))
+    if ((row.needs == Needs::Node && !m_curNode) || (row.needs == Needs::Figure && !m_curFigure) ||
+        (row.needs == Needs::Property && !m_curProperty))
         return true;
     if (argc >= row.minTokens)
         return (this->*row.handler)(argv, argc);
@@ -211,6 +212,10 @@ void OvPZ3Importer::closeSectionStep() {
             m_curMorph->morph->getDeltas()->squeeze(); // growth room is a third of the deltas' size
         break;
     case ModeObject:
+        // The order of the node's rotation channels is its rotation order.
+        if (m_curNode)
+            if (OvPz3NodeItem *item = findNodeItem(m_curNode); item && item->rotAxisCount > 0)
+                m_curNode->setRotationOrder(item->rotOrder);
         m_foundOnFollowTarget = false;
         m_jointParmsSeen = false;
         break;

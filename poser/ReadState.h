@@ -11,12 +11,14 @@
 #include "scene/SceneItems.h"
 #include <OvTypes.h>
 #include <QList>
+#include <QPair>
 #include <QSet>
 #include <QString>
 #include <memory>
 #include <vector>
 
 struct Pz3InputFile;
+class OvElement;
 class OvNode;
 class OvProperty;
 class OvMaterial;
@@ -46,6 +48,13 @@ enum class Pz3FileKind : int {
 
 // The hand a hand pose is applied to, or the hand it was written for.
 enum class Pz3HandSide : int { Right = 0, Left = 1, NotHandPose = 2 };
+
+// The host property that a Poser channel drives, under the channel's Poser name; dependent
+// parameters find their controlling property through these.
+struct ChannelNameMap {
+    OvProperty *property = nullptr; // owned by its node
+    QString name;
+};
 
 // A node to turn into a subdivision surface once the import is complete.
 struct OvPz3SubDNode {
@@ -105,8 +114,8 @@ struct Pz3ReadState {
     OvPz3MorphItem *m_curMorph = nullptr;       // morph of the last targetGeom channel
     int m_deltaVertexLimit = -1;                // vertices of its mesh, -1 when it has none
     QString m_altGeomName;                      // labels the shape of the next alternate objFile
-    int m_curChannelType = 0;
-    int m_colorComponent = 0;
+    int m_curChannelType = 0; // transform component of the channel being read (ChannelType bits)
+    int m_colorComponent = 0; // of a light-colour channel: 0 red, 1 green, 2 blue, 3 intensity
     bool m_isColorChannel = false;
     int m_figureVertexCount = 0;
 
@@ -120,6 +129,9 @@ struct Pz3ReadState {
     qint64 m_includeBytes = 0;
     bool m_inputDamaged = false; // a file could not be read to its end
     OvTArray<OvPz3SubDNode> m_subDNodes{8};
+    std::vector<ChannelNameMap> m_channelNameMaps; // in creation order, never removed
+    // (owner, Poser name) -> the first record of that name whose property the owner carries.
+    QHash<QPair<const OvElement *, QString>, int> m_channelNameIndex;
     std::vector<std::unique_ptr<OvPz3MorphItem>> m_morphItems; // in creation order; entries never move
     QHash<QPair<const OvNode *, QString>, OvPz3MorphItem *> m_morphItemOf; // the first item of each
     std::vector<std::unique_ptr<OvPz3BinMorph>> m_binMorphs;               // one per resolved path

@@ -93,8 +93,11 @@ bool OvPZ3Importer::chanTargetGeom(char **argv, int argc) {
         m_curProperty = m_curMorph ? m_curMorph->morph->getValueChannel() : nullptr;
         m_parseMode = m_curMorph ? ModeTargetGeom : ModeIgnore;
         m_deltaVertexLimit = vertexLimitOf(m_curNode);
+    } else if (qobject_cast<OvSkeleton *>(m_curNode)) {
+        // A figure-level dial has no deltas: it is a value channel of the figure.
+        m_curProperty = getValueProperty(m_curNode, name);
+        m_parseMode = ModeChannel;
     } else {
-        // A figure-level dial is a plain value channel of the figure (see the channel kinds).
         m_parseMode = ModeIgnore;
     }
     return true;
