@@ -17,7 +17,7 @@ const qint64 kMinRecordBytes = 1 + 1 + 4 + 4;
 // A delta: vertex number and three floats.
 const qint64 kDeltaBytes = 16;
 // Buffered reads of the index; blocks are read in pieces of this many deltas.
-const qint64 kIndexChunk = 64 << 10;
+const qint64 kIndexChunk = 256 << 10;
 const qint64 kBlockChunkDeltas = 64 << 10;
 
 } // namespace
@@ -42,6 +42,7 @@ QStringList OvPz3BinMorphFile::takeProblems() {
 
 bool OvPz3BinMorphFile::seekTo(qint64 offset) {
     m_buffer.clear();
+    m_chunk = 4096;
     m_at = 0;
     m_pos = offset;
     return offset >= 0 && offset <= m_size && seek(offset);
@@ -56,7 +57,9 @@ bool OvPz3BinMorphFile::fill(qint64 n) {
     m_buffer.remove(0, m_at);
     m_pos += m_at;
     m_at = 0;
-    const qint64 want = std::min(std::max(n - have, kIndexChunk), m_size - m_pos - have);
+    // Reads grow from a page: a small index costs a page, a large one few calls.
+    const qint64 want = std::min(std::max(n - have, m_chunk), m_size - m_pos - have);
+    m_chunk = std::min(2 * m_chunk, kIndexChunk);
     m_buffer.resize(have + want);
     const qint64 got = read(m_buffer.data() + have, want);
     m_buffer.resize(have + std::max<qint64>(got, 0));
@@ -149,8 +152,8 @@ bool OvPz3BinMorphFile::readDeltas(OvMorphDeltas *deltas, qint64 offset, int ver
         return false;
     }
     m_size = size();
-    qint32 n = 0;
-    if (offset < kHeaderBytes || offset > m_size - 4 || !seekTo(offset) || !readInt(n)) {
+    char word[4];
+    if (offset < kHeaderBytes || offset > m_size - 4 || !seek(offset) || read(word, 4) != 4) {
         problem(QStringLiteral("a delta block at offset %1 lies outside %2 (%3 bytes)")
                     .arg(offset)
                     .arg(fileName())
@@ -158,6 +161,8 @@ bool OvPz3BinMorphFile::readDeltas(OvMorphDeltas *deltas, qint64 offset, int ver
         close();
         return false;
     }
+    m_bytesRead += 4;
+    const qint32 n = qFromBigEndian<qint32>(word);
     const qint64 room = (m_size - offset - 4) / kDeltaBytes;
     if (n < 0 || n > room)
         problem(

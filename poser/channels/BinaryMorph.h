@@ -57,8 +57,9 @@ private:
     OvTArray<OvPz3BinMorphFileItem> m_index;
     qint64 m_size = 0;
     QByteArray m_buffer;
-    qint64 m_at = 0;  // next unread byte of m_buffer
-    qint64 m_pos = 0; // file offset of m_buffer's first byte
+    qint64 m_at = 0;       // next unread byte of m_buffer
+    qint64 m_pos = 0;      // file offset of m_buffer's first byte
+    qint64 m_chunk = 4096; // bytes the next refill reads at least
     qint64 m_bytesRead = 0;
     int m_dropped = 0;
     QStringList m_problems;
