@@ -5,6 +5,8 @@ that many bytes of UTF-8.
 
   write_pzmd.py OUT --morph ACTOR MORPH "i x y z; i x y z" [--morph ...]
       the given morphs, offsets in Poser units (the example doll's file)
+  write_pzmd.py OUT --from LIST
+      the morphs of a text list, one a line: ACTOR|MORPH|i x y z; i x y z ('#' starts a comment)
   write_pzmd.py OUT --random MORPHS DELTAS VERTICES [--actor NAME] [--seed N]
       MORPHS morphs of DELTAS deltas each over VERTICES vertices (the benchmark's large file)
 
@@ -58,11 +60,16 @@ def main():
     ap = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     ap.add_argument("out")
     ap.add_argument("--morph", nargs=3, action="append", metavar=("ACTOR", "MORPH", "DELTAS"), default=[])
+    ap.add_argument("--from", dest="source", metavar="LIST")
     ap.add_argument("--random", nargs=3, type=int, metavar=("MORPHS", "DELTAS", "VERTICES"))
     ap.add_argument("--actor", default="body")
     ap.add_argument("--seed", type=int, default=1)
     args = ap.parse_args()
-    morphs = [(actor, morph, block(*parse_deltas(d))) for actor, morph, d in args.morph]
+    spec = list(args.morph)
+    if args.source:
+        with open(args.source, encoding="utf-8") as f:
+            spec += [line.rstrip("\n").split("|") for line in f if line.strip() and not line.startswith("#")]
+    morphs = [(actor, morph, block(*parse_deltas(d))) for actor, morph, d in spec]
     if args.random:
         count, deltas, vertices = args.random
         rng = random.Random(args.seed)

@@ -308,7 +308,7 @@ void TreeWriter::modifier(OvModifier &m) {
         writeChannel(*dform->getValueChannel());
     } else if (auto *morph = dynamic_cast<OvMorph *>(&m)) {
         m_out << ": value " << num(morph->getValueChannel()->getValue()) << ", "
-              << morph->getDeltas()->getNumDeltas() << " deltas\n";
+              << "deltas " << morph->getDeltas()->getNumDeltas() << "\n";
         writeChannel(*morph->getValueChannel());
     } else {
         m_out << "\n";

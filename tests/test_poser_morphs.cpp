@@ -4,6 +4,7 @@
 
 #include <OvModifiers.h>
 #include <OvMorph.h>
+#include <QProcess>
 #include <QtEndian>
 #include <poser/channels/BinaryMorph.h>
 
@@ -230,6 +231,21 @@ TEST_F(Morphs, BinaryMorphFileReaderHoldsToTheFileSize) {
         EXPECT_LE(a.getDeltas()->getNumDeltas(), 1);
         EXPECT_TRUE(f.takeProblems().join("\n").contains(c.problem));
     }
+}
+
+// The example's binary morph file is the script's output for its text list, byte for byte.
+TEST_F(Morphs, ExampleBinaryMorphFileIsWrittenByTheScript) {
+    const QString character = OV_SOURCE_DIR "/examples/poser/Runtime/libraries/character/";
+    QProcess python;
+    python.start("python3", {OV_SOURCE_DIR "/bench/write_pzmd.py", dir.filePath("doll.pmd"), "--from",
+                             character + "doll.pmd.txt"});
+    if (!python.waitForStarted())
+        GTEST_SKIP() << "python3 is not available";
+    ASSERT_TRUE(python.waitForFinished() && python.exitCode() == 0)
+        << python.readAllStandardError().toStdString();
+    QFile written(dir.filePath("doll.pmd")), example(character + "doll.pmd");
+    ASSERT_TRUE(written.open(QIODevice::ReadOnly) && example.open(QIODevice::ReadOnly));
+    EXPECT_EQ(written.readAll(), example.readAll());
 }
 
 TEST(MorphDeltas, AccumulateAddsToTheSameVertexAndSqueezeKeepsTheData) {
