@@ -316,7 +316,10 @@ protected:
     bool parseDeltaLine(char **argv, int argc);
     // A "d index x y z" line of plain numbers read in place; false leaves the line to parseDeltaLine.
     bool readDeltaLine(char *begin, char *end);
-    void addCheckedDelta(int index, const OvVec3 &offset);
+    // True when the vertex lies in the current morph's mesh; else the line is reported.
+    bool deltaVertexOk(int index);
+    // Adds the batch of deltas readDeltaLine read to the current morph.
+    void flushDeltas();
     // Vertices of the mesh the node's object shows first; -1 when it has none.
     static int vertexLimitOf(const OvNode *node);
 

@@ -208,6 +208,7 @@ void OvPZ3Importer::closeSectionStep() {
         }
         break;
     case ModeDeltas:
+        flushDeltas();
         if (m_curMorph)
             m_curMorph->morph->getDeltas()->squeeze(); // growth room is a third of the deltas' size
         break;
@@ -281,6 +282,7 @@ bool OvPZ3Importer::isOpenFile(const QString &canonicalPath) const {
 }
 
 void OvPZ3Importer::finishImport() {
+    flushDeltas(); // a file may end inside a deltas section
     // Files still open when a handler stopped the loop.
     while (m_file) {
         closeCurrentFile();

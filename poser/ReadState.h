@@ -32,6 +32,15 @@ struct OvPz3MorphItem {
     OvNode *node = nullptr;
 };
 
+// Delta lines read but not yet added: their numbers are finished a batch at a time.
+struct Pz3PendingDeltas {
+    static constexpr int Size = 128;
+    int count = 0;
+    int index[Size];
+    float values[3 * Size];
+    int32_t divisions[3 * Size];
+};
+
 // Kinds of Poser file, told apart by the extension.
 enum class Pz3FileKind : int {
     Scene = 0,     // pz3, pzz
@@ -113,6 +122,7 @@ struct Pz3ReadState {
     OvPz3BinMorph *m_curBinMorphFile = nullptr; // record of the last morphBinaryFile
     OvPz3MorphItem *m_curMorph = nullptr;       // morph of the last targetGeom channel
     int m_deltaVertexLimit = -1;                // vertices of its mesh, -1 when it has none
+    Pz3PendingDeltas m_pendingDeltas;           // delta lines of the current morph not yet added
     QString m_altGeomName;                      // labels the shape of the next alternate objFile
     int m_curChannelType = 0; // transform component of the channel being read (ChannelType bits)
     int m_colorComponent = 0; // of a light-colour channel: 0 red, 1 green, 2 blue, 3 intensity

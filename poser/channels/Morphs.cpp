@@ -77,6 +77,7 @@ OvPz3MorphItem *OvPZ3Importer::findOrCreateMorph(OvNode *node, const QString &na
 }
 
 bool OvPZ3Importer::chanTargetGeom(char **argv, int argc) {
+    flushDeltas();
     m_curMorph = nullptr;
     m_curChannelType = 0;
     if (argc < 2) {
@@ -174,16 +175,33 @@ OvPz3BinMorph *OvPZ3Importer::openBinMorphFile(const QString &name) {
 
 // ---- deltas ----
 
-void OvPZ3Importer::addCheckedDelta(int index, const OvVec3 &offset) {
-    OvMorphDeltas *deltas = m_curMorph->morph->getDeltas();
-    if (index < 0 || (m_deltaVertexLimit >= 0 && index >= m_deltaVertexLimit)) {
-        reportInfo(tr("Delta of vertex %1 dropped: %2 has %3 vertices")
-                       .arg(index)
-                       .arg(m_curNode ? m_curNode->getName() : QString())
-                       .arg(m_deltaVertexLimit));
+bool OvPZ3Importer::deltaVertexOk(int index) {
+    if (index >= 0 && (m_deltaVertexLimit < 0 || index < m_deltaVertexLimit))
+        return true;
+    reportInfo(tr("Delta of vertex %1 dropped: %2 has %3 vertices")
+                   .arg(index)
+                   .arg(m_curNode ? m_curNode->getName() : QString())
+                   .arg(m_deltaVertexLimit));
+    return false;
+}
+
+// The numbers of a batch are finished side by side; the batch then joins the current morph.
+void OvPZ3Importer::flushDeltas() {
+    Pz3PendingDeltas &batch = m_pendingDeltas;
+    if (batch.count == 0)
         return;
+    float v[3 * Pz3PendingDeltas::Size];
+    text::finishFloats(batch.values, batch.divisions, 3 * batch.count, v);
+    if (m_curMorph) {
+        OvMorphDeltas *deltas = m_curMorph->morph->getDeltas();
+        deltas->reserveMore(size_t(batch.count));
+        for (int i = 0; i < batch.count; ++i)
+            deltas->addDelta(
+                batch.index[i],
+                OvVec3(v[3 * i] * POSER_UNIT_CM, v[3 * i + 1] * POSER_UNIT_CM, v[3 * i + 2] * POSER_UNIT_CM),
+                false);
     }
-    deltas->addDelta(index, offset, false);
+    batch.count = 0;
 }
 
 bool OvPZ3Importer::parseDeltaLine(char **argv, int argc) {
@@ -197,15 +215,19 @@ bool OvPZ3Importer::parseDeltaLine(char **argv, int argc) {
         reportError(tr("Insufficient delta values supplied"));
         return false;
     }
+    const int index = text::leadingInt(argv[1]);
+    if (!deltaVertexOk(index))
+        return true;
+    flushDeltas(); // the deltas keep the order of their lines
     float v[3];
     parsePoserFloats(argv + 2, 3, v);
-    addCheckedDelta(text::leadingInt(argv[1]),
-                    OvVec3(v[0] * POSER_UNIT_CM, v[1] * POSER_UNIT_CM, v[2] * POSER_UNIT_CM));
+    m_curMorph->morph->getDeltas()->addDelta(
+        index, OvVec3(v[0] * POSER_UNIT_CM, v[1] * POSER_UNIT_CM, v[2] * POSER_UNIT_CM), false);
     return true;
 }
 
 // Deltas are most of a figure's bytes: the usual "d 12 0.001 0 -0.002" is read straight from the
-// line reader's buffer, with the same numbers the general path gives.
+// line reader's buffer into a batch, with the same numbers the general path gives.
 bool OvPZ3Importer::readDeltaLine(char *begin, char *end) {
     if (!m_curMorph || end - begin + 1 < text::kMinScanBytes ||
         size_t(end - begin) >= OvTextInputFile::MaxLineLength)
@@ -222,16 +244,19 @@ bool OvPZ3Importer::readDeltaLine(char *begin, char *end) {
     int vertex = 0;
     if (!(p = scanVertex(p, vertex)))
         return false;
-    float values[3];
-    int32_t divisions[3];
+    Pz3PendingDeltas &batch = m_pendingDeltas;
+    float *values = batch.values + 3 * batch.count;
+    int32_t *divisions = batch.divisions + 3 * batch.count;
     for (int i = 0; i < 3; ++i) {
         while (p < end && text::isBlank(*p))
             ++p;
         if (p == end || !(p = text::scanPlainFloat(p, end, values[i], divisions[i])))
             return false;
     }
-    float v[3];
-    text::finishFloats(values, divisions, 3, v);
-    addCheckedDelta(vertex, OvVec3(v[0] * POSER_UNIT_CM, v[1] * POSER_UNIT_CM, v[2] * POSER_UNIT_CM));
+    if (deltaVertexOk(vertex)) {
+        batch.index[batch.count] = vertex;
+        if (++batch.count == Pz3PendingDeltas::Size)
+            flushDeltas();
+    }
     return true;
 }
