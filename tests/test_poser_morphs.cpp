@@ -122,12 +122,17 @@ TEST_F(Morphs, RepeatedChannelsReachOneMorphAndIndexesStartAgain) {
         morph("A", "deltas\n{\nd 0 1 0 0\n}\n") + morph("B", "deltas\n{\nd 0 1 0 0\n}\n");
     const QByteArray again =
         morph("A", "deltas\n{\nd 1 1 0 0\n}\n") + morph("B", "indexes 1\ndeltas\n{\nd 2 1 0 0\n}\n");
-    ASSERT_TRUE(readOk("fig.cr2", figure(first + "}\nchannels\n{\n" + again)));
+    const QByteArray many =
+        morph("Many", "deltas\n{\n" + QByteArray("d 3 0.001 0 0\n").repeated(300) + "}\n");
+    ASSERT_TRUE(readOk("fig.cr2", figure(first + "}\nchannels\n{\n" + again + many)));
     OvNode *hip = skeleton("fig")->findBone("hip");
-    EXPECT_EQ(modifiers(hip), QStringList({"A", "B", "JOINT"})) << "read before any joint parameter";
+    EXPECT_EQ(modifiers(hip), QStringList({"A", "B", "Many", "JOINT"})) << "read before any joint parameter";
     EXPECT_EQ(deltaText(morphOf(hip, "A")), "0 1.000 0.000 0.000; 1 1.000 0.000 0.000");
     EXPECT_EQ(deltaText(morphOf(hip, "B")), "2 1.000 0.000 0.000") << "indexes drops what was read";
-    EXPECT_EQ(importer.morphItems().size(), 2u);
+    EXPECT_EQ(importer.morphItems().size(), 3u);
+    const OvMorphDeltas *d = morphOf(hip, "Many")->getDeltas();
+    ASSERT_EQ(d->getNumDeltas(), 300) << "batches of lines";
+    EXPECT_EQ(d->getOffset(299), d->getOffset(0));
 }
 
 TEST_F(Morphs, FigureDialsAndBadMorphLines) {
