@@ -24,7 +24,7 @@ if want poser && [ ! -f "$inputs/bench.cr2" ]; then
   echo "bench inputs: generating $inputs/bench.cr2"
   python3 bench/gen_poser.py "$inputs/bench.cr2" >/dev/null
 fi
-if want figure && [ ! -f "$inputs/figure/figure.cr2" ]; then
+if want figure && { [ ! -f "$inputs/figure/figure.cr2" ] || [ bench/gen_figure.py -nt "$inputs/figure/figure.cr2" ]; }; then
   echo "bench inputs: generating $inputs/figure/figure.cr2"
   python3 bench/gen_figure.py "$inputs/poser.obj" "$inputs/figure" "$inputs/figure/figure.cr2" >/dev/null
 fi

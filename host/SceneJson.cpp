@@ -183,6 +183,7 @@ public:
 
 private:
     void nodeRef(const OvNode *node);
+    void jointParam(const OvPoserJointParam &p);
     void writeProperty(const OvProperty &p);
     void writeController(const OvController &c);
     void linkSource(const OvNumericProperty *source);
@@ -411,6 +412,11 @@ void JsonSceneWriter::modifier(OvModifier &m) {
     if (auto *joint = dynamic_cast<const OvPoserJoint *>(&m)) {
         m_w.key("bend");
         writeProperty(*joint->getBendControl());
+        m_w.key("params");
+        m_w.beginArray();
+        for (int i = 0; i < joint->getNumParams(); ++i)
+            jointParam(*joint->getParam(i));
+        m_w.endArray();
     } else if (auto *dform = dynamic_cast<OvDFormModifier *>(&m)) {
         m_w.key("deformer");
         nodeRef(dform->getDForm());
@@ -441,6 +447,48 @@ void JsonSceneWriter::morphDeltas(OvMorph &morph) {
             m_w.value(deltas.getIndex(i));
             for (int k = 0; k < 3; ++k)
                 m_w.value(v[k]);
+            m_w.endArray();
+        }
+        m_w.endArray();
+    }
+    m_w.endObject();
+}
+
+// What each kind of joint parameter holds; the sphere matrices when they are applied.
+void JsonSceneWriter::jointParam(const OvPoserJointParam &p) {
+    m_w.beginObject();
+    m_w.field("class", p.className());
+    m_w.field("name", p.getName());
+    m_w.field("axis", int(p.getAxis()));
+    m_w.key("driver");
+    nodeRef(p.getDriver());
+    m_w.field("flipped", p.isFlipped());
+    if (auto *bend = dynamic_cast<const OvPoserBendParam *>(&p)) {
+        numbers(m_w, "angles", {bend->getAngle(0), bend->getAngle(1), bend->getAngle(2), bend->getAngle(3)});
+        m_w.field("applyAngles", bend->getApplyAngles());
+        numbers(m_w, "bulges",
+                {bend->getPosLeftBulge(), bend->getPosRightBulge(), bend->getNegLeftBulge(),
+                 bend->getNegRightBulge()});
+        m_w.field("applyBulges", bend->getApplyBulges());
+    } else if (auto *twist = dynamic_cast<const OvPoserTwistParam *>(&p)) {
+        m_w.field("start", twist->getStart());
+        m_w.field("end", twist->getEnd());
+        m_w.field("applyBlend", twist->getApplyBlend());
+    } else if (auto *smooth = dynamic_cast<const OvPoserSmoothScale *>(&p)) {
+        numbers(m_w, "zones",
+                {smooth->getSmoothZone(0), smooth->getSmoothZone(1), smooth->getSmoothZone(2),
+                 smooth->getSmoothZone(3)});
+    } else if (auto *curve = dynamic_cast<const OvPoserCurve *>(&p)) {
+        m_w.key("bone");
+        nodeRef(curve->getBone());
+    }
+    if (p.getApplyMatrices()) {
+        m_w.key("sphereMatrices");
+        m_w.beginArray();
+        for (const OvMatrix4 *m : {&p.getFirstMatrix(), &p.getSecondMatrix()}) {
+            m_w.beginArray(Layout::Line);
+            for (int i = 0; i < 16; ++i)
+                m_w.value(m->data()[i]);
             m_w.endArray();
         }
         m_w.endArray();

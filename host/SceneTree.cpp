@@ -143,6 +143,7 @@ private:
         m_indent.fill(QLatin1Char(' '), qsizetype(2 * std::min(depth, JsonWriter::kMaxIndentLevels)));
     }
     QString nodeRef(const OvNode *node) const;
+    void writeJointParam(const OvPoserJointParam &p);
     void writeProperty(const OvProperty &p);
     void writeController(const OvController &c);
     // A modifier's channel, one level further in, when it is not plain.
@@ -302,6 +303,10 @@ void TreeWriter::modifier(OvModifier &m) {
     if (auto *joint = dynamic_cast<const OvPoserJoint *>(&m)) {
         m_out << ": bend " << joint->getBendControl()->getValue() << "\n";
         writeChannel(*joint->getBendControl());
+        indent();
+        for (int i = 0; i < joint->getNumParams(); ++i)
+            writeJointParam(*joint->getParam(i));
+        outdent();
     } else if (auto *dform = dynamic_cast<OvDFormModifier *>(&m)) {
         m_out << ": deformer " << nodeRef(dform->getDForm()) << ", value "
               << num(dform->getValueChannel()->getValue()) << "\n";
@@ -313,6 +318,46 @@ void TreeWriter::modifier(OvModifier &m) {
     } else {
         m_out << "\n";
     }
+}
+
+// One line per joint parameter, with what its kind holds; its sphere matrices follow, one line
+// each, when they are applied.
+void TreeWriter::writeJointParam(const OvPoserJointParam &p) {
+    auto four = [](float a, float b, float c, float d) {
+        return QStringLiteral("(%1, %2, %3, %4)").arg(num(a), num(b), num(c), num(d));
+    };
+    auto onOff = [](bool on) { return on ? " on" : " off"; };
+    m_out << m_indent << "param " << p.className() << " " << quoted(p.getName()) << ": axis "
+          << int(p.getAxis()) << ", driver " << nodeRef(p.getDriver());
+    if (p.isFlipped())
+        m_out << ", flipped";
+    if (auto *bend = dynamic_cast<const OvPoserBendParam *>(&p))
+        m_out << ", angles "
+              << four(bend->getAngle(0), bend->getAngle(1), bend->getAngle(2), bend->getAngle(3))
+              << onOff(bend->getApplyAngles()) << ", bulges "
+              << four(bend->getPosLeftBulge(), bend->getPosRightBulge(), bend->getNegLeftBulge(),
+                      bend->getNegRightBulge())
+              << onOff(bend->getApplyBulges());
+    else if (auto *twist = dynamic_cast<const OvPoserTwistParam *>(&p))
+        m_out << ", start " << num(twist->getStart()) << ", end " << num(twist->getEnd()) << ", blend"
+              << onOff(twist->getApplyBlend());
+    else if (auto *smooth = dynamic_cast<const OvPoserSmoothScale *>(&p))
+        m_out << ", zones "
+              << four(smooth->getSmoothZone(0), smooth->getSmoothZone(1), smooth->getSmoothZone(2),
+                      smooth->getSmoothZone(3));
+    else if (auto *curve = dynamic_cast<const OvPoserCurve *>(&p))
+        m_out << ", bone " << nodeRef(curve->getBone());
+    m_out << "\n";
+    if (!p.getApplyMatrices())
+        return;
+    indent();
+    for (const OvMatrix4 *m : {&p.getFirstMatrix(), &p.getSecondMatrix()}) {
+        QStringList values;
+        for (int i = 0; i < 16; ++i)
+            values << num(m->data()[i]);
+        m_out << m_indent << "sphere matrix (" << values.join(QStringLiteral(", ")) << ")\n";
+    }
+    outdent();
 }
 
 void TreeWriter::enterShape(const OvShape &shape, const MeshUse &use) {

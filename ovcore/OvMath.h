@@ -113,3 +113,34 @@ private:
     int m_start = 0;
     int m_end = 0;
 };
+
+// 4x4 float matrix, stored row by row (row vectors: the fourth row holds the translation).
+class OvMatrix4 {
+public:
+    // True makes the identity; false leaves every element 0, for a matrix filled in afterwards.
+    explicit OvMatrix4(bool identity = true) {
+        if (identity)
+            m[0] = m[5] = m[10] = m[15] = 1.0f;
+    }
+    float get(int row, int column) const { return m[row * 4 + column]; }
+    void set(int row, int column, float v) { m[row * 4 + column] = v; }
+    // The sixteen stored floats, row by row.
+    float *data() { return m; }
+    const float *data() const { return m; }
+    // Scales the space the matrix maps into: the first three columns of every row (the linear part
+    // and the translation); the homogeneous column stays.
+    void scale(float s) {
+        for (int row = 0; row < 4; ++row)
+            for (int column = 0; column < 3; ++column)
+                m[row * 4 + column] *= s;
+    }
+    bool operator==(const OvMatrix4 &o) const {
+        for (int i = 0; i < 16; ++i)
+            if (m[i] != o.m[i])
+                return false;
+        return true;
+    }
+
+private:
+    float m[16] = {};
+};

@@ -2,11 +2,15 @@
 // Modifiers an object applies to its shapes: the Poser joint of a body part and the binding of a
 // magnet deformer.
 
+#include "OvJointParams.h"
 #include "OvNode.h"
+#include <memory>
+#include <vector>
 
 class OvDForm;
 
-// Poser-style joint deformation of a body part; its bend switch turns bending on and off.
+// Poser-style joint deformation of a body part; its bend switch turns bending on and off. It owns
+// its joint parameters, in the order they were added.
 class OvPoserJoint : public OvModifier {
 public:
     OvPoserJoint() : m_bend(QStringLiteral("Bend"), 1) {
@@ -19,8 +23,16 @@ public:
     const OvIntProperty *getBendControl() const { return &m_bend; }
     bool bendingOn() const { return m_bend.getValue() != 0; }
 
+    // The first parameter of that name, or null.
+    OvPoserJointParam *findJointParam(const QString &name) const;
+    int getNumParams() const { return int(m_params.size()); }
+    OvPoserJointParam *getParam(int i) const { return m_params[size_t(i)].get(); }
+    // Takes ownership; appends.
+    void addJointParam(OvPoserJointParam *param);
+
 private:
     OvIntProperty m_bend;
+    std::vector<std::unique_ptr<OvPoserJointParam>> m_params;
 };
 
 // Binds a magnet deformer to the object it deforms, with the strength channel of the binding.

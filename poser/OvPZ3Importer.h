@@ -201,6 +201,7 @@ protected:
     bool parseVersionLine(char **argv, int argc);
     bool parseObjectLine(char **argv, int argc);
     bool parseAltGeom(char **argv, int argc);
+    bool parseJointParam(char **argv, int argc);
 
     // ---- keyword handlers: top level ----
     bool fileFigureResFile(char **argv, int argc);
@@ -304,8 +305,28 @@ protected:
     bool bodyDeformerProp(char **argv, int argc);
     // A channel value in host units: translations (and a deformer zone's size) are Poser lengths.
     float channelUnits(float value) const;
+    bool bodyValue(char **argv, float &value);
+    // When a channel body closes.
+    void checkChannelLimits();
     // The last scene item whose Poser name (or, without one, its node's label) is `name`.
     OvNode *lastSceneItemNamed(const QString &name) const;
+
+    // ---- joint parameters ----
+    // The channel line of a bend, twist, smooth-scale or curve parameter.
+    bool chanJoint(char **argv, int argc);
+    static const KeywordRow s_jointParamKeywords[];
+    // Reads the two raw sphere matrices from the lines that follow, braces included.
+    bool readSphereMats(char **argv, int argc);
+    bool jointOtherActor(char **argv, int argc);
+    bool jointAngles(char **argv, int argc);
+    bool jointDoBulge(char **argv, int argc);
+    bool jointBulge(char **argv, int argc);
+    bool jointStartPt(char **argv, int argc);
+    bool jointEndPt(char **argv, int argc);
+    bool jointSmoothZones(char **argv, int argc);
+    bool jointFlipped(char **argv, int argc);
+    // m_curJointParam as a P, or null after the wrong-type warning naming `tag`.
+    template <class P> P *jointParamAs(const char *tag);
 
     // ---- morph targets: the targetGeom channel, its body keywords and its deltas ----
     bool chanTargetGeom(char **argv, int argc);

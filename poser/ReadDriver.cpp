@@ -31,7 +31,7 @@ const OvPZ3Importer::ModeHandler OvPZ3Importer::s_modeHandlers[ModeCount] = {
     nullptr,                              // ModeIgnore       skipped
     &OvPZ3Importer::parseTargetGeomBody,  // ModeTargetGeom morph target body
     &OvPZ3Importer::parseDeltaLine,       // ModeDeltas       morph deltas
-    nullptr,                              // ModeJointParm    joint-parameter body
+    &OvPZ3Importer::parseJointParam,      // ModeJointParm    joint-parameter body
     &OvPZ3Importer::parseAltGeom,         // ModeAltGeom      alternate geometry
     nullptr,                              // ModeInkyChain    IK chain
     &OvPZ3Importer::parseParmChannelBody, // ModeParmChannel deformer channel body
@@ -191,7 +191,12 @@ void OvPZ3Importer::closeSection() {
 // What a section leaves behind when it closes.
 void OvPZ3Importer::closeSectionStep() {
     switch (m_parseMode) {
+    case ModeTargetGeom:
+    case ModeParmChannel:
+        checkChannelLimits();
+        break;
     case ModeChannel:
+        checkChannelLimits();
         m_curChannelType = 0;
         m_curProperty = nullptr;
         m_ignoreKeys = false;

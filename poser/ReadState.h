@@ -25,6 +25,7 @@ class OvMaterial;
 class OvLight;
 class OvBasicCamera;
 class OvMorph;
+class OvPoserJointParam;
 
 // A morph found or made in this import, with the node whose object carries it.
 struct OvPz3MorphItem {
@@ -117,6 +118,7 @@ struct Pz3ReadState {
     OvNode *m_curFigure = nullptr;
     OvNode *m_curNode = nullptr; // null while a section is skipped
     OvProperty *m_curProperty = nullptr;
+    OvPoserJointParam *m_curJointParam = nullptr; // the joint parameter whose body is being read
     OvMaterial *m_material = nullptr;
     OvPz3GeomItem *m_curGeom = nullptr;         // geometry of the last figureResFile or alternate objFile
     OvPz3BinMorph *m_curBinMorphFile = nullptr; // record of the last morphBinaryFile

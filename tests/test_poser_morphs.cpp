@@ -154,20 +154,13 @@ TEST_F(Morphs, FigureDialsAndBadMorphLines) {
     EXPECT_EQ(read("noname.cr2", figure("targetGeom\n{\n}\n")), 0x62u);
 }
 
-// Joint parameters met before a morph put it behind the joint (the joint-parameter reader sets the
-// flag; here it is set by hand).
 TEST_F(Morphs, MorphsAfterJointParametersFollowTheJoint) {
-    struct Importer : OvPZ3Importer {
-        using Pz3ReadState::m_jointParmsSeen;
-    } reader;
     geometry("m.obj", kObj);
-    path = file("fig.cr2", figure(morph("Before", "")));
-    ASSERT_EQ(reader.read(path, OvFileIOSettings()), 0u);
+    const QByteArray joint = "jointX jointx\n{\nflipped\n}\n";
+    ASSERT_TRUE(readOk("fig.cr2", figure(morph("Before", "") + joint + morph("After", ""))));
     OvNode *hip = skeleton("fig")->findBone("hip");
-    reader.m_jointParmsSeen = true;
-    ASSERT_TRUE(reader.findOrCreateMorph(hip, "After"));
     EXPECT_EQ(modifiers(hip), QStringList({"Before", "JOINT", "After"}));
-    EXPECT_EQ(reader.findOrCreateMorph(hip, "Before")->morph, morphOf(hip, "Before"));
+    EXPECT_EQ(importer.findOrCreateMorph(hip, "Before")->morph, morphOf(hip, "Before"));
 }
 
 TEST_F(Morphs, BinaryMorphsLoadOnDemand) {

@@ -87,6 +87,37 @@ bool OvPZ3Importer::parseParmChannelBody(char **argv, int argc) {
     return dispatchKeyword(s_parmChannelKeywords, argv, argc);
 }
 
+// A body value; text that is no number leaves the property as it was, where Poser would take 0.
+bool OvPZ3Importer::bodyValue(char **argv, float &value) {
+    if (!text::isPoserNumber(argv[1])) {
+        reportInfo(tr("\"%1\" is not a number; the %2 line is ignored")
+                       .arg(QString::fromLocal8Bit(argv[1]), QString::fromLatin1(argv[0])));
+        return false;
+    }
+    value = parsePoserFloat(argv[1]);
+    return true;
+}
+
+// Limits that were given the wrong way round are put right, and said so; a clamped dial takes its
+// limits, which its body may give after its value.
+void OvPZ3Importer::checkChannelLimits() {
+    auto *f = dynamic_cast<OvFloatProperty *>(m_curProperty);
+    if (!f)
+        return;
+    if (!(f->getMin() > f->getMax())) {
+        f->setValue(f->getValue());
+        return;
+    }
+    reportInfo(tr("The minimum of channel \"%1\" (%2) lies above its maximum (%3); the two are swapped")
+                   .arg(f->getLabel())
+                   .arg(double(f->getMin()))
+                   .arg(double(f->getMax())));
+    const float min = f->getMax();
+    f->setMax(f->getMin());
+    f->setMin(min);
+    f->setValue(f->getValue());
+}
+
 float OvPZ3Importer::channelUnits(float value) const {
     if (m_parseMode != ModeChannel)
         return value;
@@ -97,9 +128,10 @@ float OvPZ3Importer::channelUnits(float value) const {
 }
 
 bool OvPZ3Importer::bodyInitValue(char **argv, int) {
-    if (m_ignoreKeys)
+    float value = 0.0f;
+    if (m_ignoreKeys || !bodyValue(argv, value))
         return true;
-    const float value = channelUnits(parsePoserFloat(argv[1]));
+    value = channelUnits(value);
     if (auto *f = dynamic_cast<OvFloatProperty *>(m_curProperty))
         f->setDefaultValue(value);
     else
@@ -108,7 +140,10 @@ bool OvPZ3Importer::bodyInitValue(char **argv, int) {
 }
 
 bool OvPZ3Importer::bodyMin(char **argv, int) {
-    const float value = channelUnits(parsePoserFloat(argv[1]));
+    float value = 0.0f;
+    if (!bodyValue(argv, value))
+        return true;
+    value = channelUnits(value);
     auto *f = dynamic_cast<OvFloatProperty *>(m_curProperty);
     if (f)
         f->setMin(value);
@@ -122,7 +157,10 @@ bool OvPZ3Importer::bodyMin(char **argv, int) {
 }
 
 bool OvPZ3Importer::bodyMax(char **argv, int) {
-    const float value = channelUnits(parsePoserFloat(argv[1]));
+    float value = 0.0f;
+    if (!bodyValue(argv, value))
+        return true;
+    value = channelUnits(value);
     auto *f = dynamic_cast<OvFloatProperty *>(m_curProperty);
     if (f)
         f->setMax(value);
@@ -136,8 +174,8 @@ bool OvPZ3Importer::bodyMax(char **argv, int) {
 }
 
 bool OvPZ3Importer::bodyTrackingScale(char **argv, int) {
-    const float value = parsePoserFloat(argv[1]);
-    if (!(value > 0.0f))
+    float value = 0.0f;
+    if (!bodyValue(argv, value) || !(value > 0.0f))
         return true;
     if (auto *f = dynamic_cast<OvFloatProperty *>(m_curProperty))
         f->setSensitivity(channelUnits(value));

@@ -21,21 +21,6 @@ using poser::itemKey;
 using poser::make;
 using poser::moveUnder;
 
-namespace {
-
-// The node's Poser joint: the last joint modifier of its object.
-OvPoserJoint *poserJointOf(const OvNode *node) {
-    const OvObject *object = node ? node->getObject() : nullptr;
-    if (!object)
-        return nullptr;
-    for (int i = object->getNumModifiers() - 1; i >= 0; --i)
-        if (auto *joint = dynamic_cast<OvPoserJoint *>(object->getModifier(i)))
-            return joint;
-    return nullptr;
-}
-
-} // namespace
-
 // Keywords without a row (endFalloffCurve, transformPerVertex, buildSphere, ...) are ignored.
 const OvPZ3Importer::KeywordRow OvPZ3Importer::s_objectKeywords[] = {
     {"name", 2, Short::Warn, "No name specified", &OvPZ3Importer::ignoreLine},
@@ -303,7 +288,7 @@ void OvPZ3Importer::recordSmartParent(const QString &name) {
 // ---- flags and lights ----
 
 void OvPZ3Importer::setBending(OvNode *node, bool on) {
-    OvPoserJoint *joint = poserJointOf(node);
+    OvPoserJoint *joint = poser::findPoserJoint(node);
     if (!joint)
         return;
     if (m_applyToSelection)

@@ -11,6 +11,11 @@
 
 class OvPolyShape;
 class OvPZ3Importer;
+class OvPoserJoint;
+class OvPoserJointParam;
+
+// Kinds of joint parameter getJointParam makes.
+enum JointParamKind { JointBend = 0, JointTwist = 1, JointSmoothScale = 2, JointCurve = 3 };
 
 // A top-level object that this import made or found: a figure's skeleton, a prop, a deformer prop.
 struct OvPz3SceneItem {
@@ -42,7 +47,19 @@ struct OvPz3NodeItem {
     OvRotationOrder rotOrder = OvRotationOrder::XYZ;
     bool rotOrderFixed = false;
     OvNode *smartParent = nullptr;
+    // Joint parameters made for this node, in creation order; the node's joint owns them.
+    QList<OvPoserJointParam *> jointParams;
+
+    // The joint parameter of that name on the node's joint, whatever its kind, else a new one of
+    // `kind` (JointParamKind); null when the node is no bone, has no joint or the kind cannot be
+    // made there.
+    OvPoserJointParam *getJointParam(const QString &name, int kind);
 };
+
+namespace poser {
+// The last Poser joint among the node's object's modifiers, or null.
+OvPoserJoint *findPoserJoint(const OvNode *node);
+} // namespace poser
 
 // A geometry file read once per importer and shared by every shape made from it.
 struct OvPz3GeomItem {

@@ -193,6 +193,17 @@ private:
         if (auto *s = dynamic_cast<const OvSkeletonProperty *>(&p); s && !linkAlive(s->getValue()))
             problems << where + QStringLiteral(": property %1 refers to a skeleton not in the scene")
                                     .arg(p.getName());
+        if (auto *n = dynamic_cast<const OvNumericNodeProperty *>(&p); n && !linkAlive(n->getNode()))
+            problems << where +
+                            QStringLiteral(": property %1 aims at a node not in the scene").arg(p.getName());
+        // A clamped dial holds its value within limits that are the right way round.
+        if (auto *f = dynamic_cast<const OvFloatProperty *>(&p)) {
+            if (f->getMin() > f->getMax())
+                problems << where + QStringLiteral(": property %1 has its minimum above its maximum")
+                                        .arg(p.getName());
+            else if (f->isClamped() && (f->getValue() < f->getMin() || f->getValue() > f->getMax()))
+                problems << where + QStringLiteral(": property %1 lies outside its limits").arg(p.getName());
+        }
         for (int i = 0; i < p.getNumControllers(); ++i) {
             auto *link = dynamic_cast<const OvERCLink *>(p.getController(i));
             if (link && link->getSource() && !m_properties.contains(link->getSource()))
@@ -229,6 +240,8 @@ private:
             }
             if (auto *morph = dynamic_cast<OvMorph *>(object.getModifier(i)))
                 checkMorph(where, object, *morph);
+            if (auto *joint = dynamic_cast<const OvPoserJoint *>(object.getModifier(i)))
+                checkJointParams(where, *joint);
         }
         for (int i = 0; i < shapes; ++i)
             checkShape(*object.getShape(i));
@@ -252,6 +265,21 @@ private:
                                         .arg(mesh ? vertices : 0);
                 return;
             }
+        }
+    }
+
+    // Every parameter is there, and the bones it names are in the scene.
+    void checkJointParams(const QString &where, const OvPoserJoint &joint) {
+        for (int i = 0; i < joint.getNumParams(); ++i) {
+            const OvPoserJointParam *p = joint.getParam(i);
+            if (!p) {
+                problems << where + QStringLiteral(": joint parameter %1 is null").arg(i);
+                continue;
+            }
+            auto *curve = dynamic_cast<const OvPoserCurve *>(p);
+            if (m_checkLinks && (!linkAlive(p->getDriver()) || (curve && !linkAlive(curve->getBone()))))
+                problems << where + QStringLiteral(": joint parameter %1 refers to a bone not in the scene")
+                                        .arg(p->getName());
         }
     }
 
