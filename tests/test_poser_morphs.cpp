@@ -133,6 +133,13 @@ TEST_F(Morphs, RepeatedChannelsReachOneMorphAndIndexesStartAgain) {
     const OvMorphDeltas *d = morphOf(hip, "Many")->getDeltas();
     ASSERT_EQ(d->getNumDeltas(), 300) << "batches of lines";
     EXPECT_EQ(d->getOffset(299), d->getOffset(0));
+
+    // A pose dials the morphs the figure has and makes none.
+    scene()->setPrimarySelection(skeleton("fig"));
+    ASSERT_TRUE(readOk("dial.pz2", "{\nactor hip:1\n{\nchannels\n{\n" + morph("A", "initValue 0.7\n") +
+                                       morph("Gone", "deltas\n{\nd 0 1 1 1\n}\n") + "}\n}\n}\n"));
+    EXPECT_EQ(modifiers(hip), QStringList({"A", "B", "Many", "JOINT"}));
+    EXPECT_EQ(morphOf(hip, "A")->getValueChannel()->getValue(), 0.7f);
 }
 
 TEST_F(Morphs, FigureDialsAndBadMorphLines) {
