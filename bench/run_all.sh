@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Every benchmark on inputs generated inside the build folder: the OBJ reader, the Poser read driver
-# and the whole figure import, each against its baseline measured in the same run; materials with
-# their images and the texture search by file name.
+# Every benchmark on inputs generated inside the build folder: the OBJ reader, the Poser read driver,
+# the whole figure import and morph targets, each against its baseline measured in the same run;
+# materials with their images and the texture search by file name.
 #
 #   bench/run_all.sh [RUNS]
 set -euo pipefail
@@ -11,7 +11,7 @@ build="${BUILD_DIR:-build}"
 inputs="$build/bench-inputs"
 bench/make_inputs.sh "$inputs" all
 bench/setup_peers.sh "$build"
-cmake --build "$build" --target obj_bench poser_bench figure_bench material_bench
+cmake --build "$build" --target obj_bench poser_bench figure_bench material_bench morph_bench
 echo "== OBJ reader"
 "$build/bin/obj_bench" --runs "$runs" "$inputs/poser.obj" "$inputs/grid.obj"
 echo "== Poser read driver"
@@ -20,3 +20,5 @@ echo "== Figure import"
 "$build/bin/figure_bench" "$inputs/figure/figure.cr2" "$inputs/figure" "$inputs/poser.obj" "$runs"
 echo "== Materials and texture search"
 "$build/bin/material_bench" "$inputs/materials"
+echo "== Morph targets"
+"$build/bin/morph_bench" "$inputs/morphs" "$runs"

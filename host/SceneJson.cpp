@@ -12,6 +12,7 @@
 #include <OvLight.h>
 #include <OvMaterial.h>
 #include <OvModifiers.h>
+#include <OvMorph.h>
 #include <OvNode.h>
 #include <OvPolyMesh.h>
 #include <OvScene.h>
@@ -188,6 +189,7 @@ private:
     void writeProperty(const OvProperty &p);
     void writeController(const OvController &c);
     void linkSource(const OvNumericProperty *source);
+    void morphDeltas(OvMorph &morph);
 
     JsonWriter &m_w;
     const SceneWalk &m_walk;
@@ -428,6 +430,34 @@ void JsonSceneWriter::modifier(OvModifier &m) {
         nodeRef(dform->getDForm());
         m_w.key("value");
         writeProperty(*dform->getValueChannel());
+    } else if (auto *morph = dynamic_cast<OvMorph *>(&m)) {
+        morphDeltas(*morph);
+    }
+    m_w.endObject();
+}
+
+// A morph's dial and its deltas: the count always, the vertex numbers and offsets with mesh data.
+void JsonSceneWriter::morphDeltas(OvMorph &morph) {
+    m_w.key("value");
+    writeProperty(*morph.getValueChannel());
+    const OvMorphDeltas &deltas = *morph.getDeltas();
+    m_w.key("deltas");
+    m_w.beginObject();
+    m_w.field("name", deltas.getName());
+    m_w.field("vertCount", deltas.getVertCount());
+    m_w.field("count", deltas.getNumDeltas());
+    if (m_data) {
+        m_w.key("offsets");
+        m_w.beginArray();
+        for (int i = 0; i < deltas.getNumDeltas(); ++i) {
+            const OvVec3 v = deltas.getOffset(i);
+            m_w.beginArray(Layout::Line);
+            m_w.value(deltas.getIndex(i));
+            for (int k = 0; k < 3; ++k)
+                m_w.value(v[k]);
+            m_w.endArray();
+        }
+        m_w.endArray();
     }
     m_w.endObject();
 }

@@ -10,6 +10,7 @@
 #include <OvLight.h>
 #include <OvMaterial.h>
 #include <OvModifiers.h>
+#include <OvMorph.h>
 #include <OvNode.h>
 #include <OvPolyMesh.h>
 #include <OvScene.h>
@@ -317,6 +318,10 @@ void TreeWriter::modifier(OvModifier &m) {
         m_out << ": deformer " << nodeRef(dform->getDForm()) << ", value "
               << num(dform->getValueChannel()->getValue()) << "\n";
         writeChannel(*dform->getValueChannel());
+    } else if (auto *morph = dynamic_cast<OvMorph *>(&m)) {
+        m_out << ": value " << num(morph->getValueChannel()->getValue()) << ", "
+              << "deltas " << morph->getDeltas()->getNumDeltas() << "\n";
+        writeChannel(*morph->getValueChannel());
     } else {
         m_out << "\n";
     }

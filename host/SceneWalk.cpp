@@ -4,6 +4,7 @@
 #include <OvLight.h>
 #include <OvMaterial.h>
 #include <OvModifiers.h>
+#include <OvMorph.h>
 #include <OvNode.h>
 #include <OvPolyMesh.h>
 #include <OvScene.h>
@@ -80,6 +81,8 @@ void SceneWalk::addNode(const OvNode *node) {
             addProperty(joint->getBendControl(), node);
         else if (auto *dform = dynamic_cast<OvDFormModifier *>(m))
             addProperty(dform->getValueChannel(), node);
+        else if (auto *morph = dynamic_cast<OvMorph *>(m))
+            addProperty(morph->getValueChannel(), node);
     }
     for (int i = 0; i < object->getNumShapes(); ++i) {
         const OvShape *shape = object->getShape(i);

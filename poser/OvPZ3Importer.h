@@ -84,6 +84,11 @@ public:
     OvBasicCamera *getCamera(const QString &name);
     OvPz3DeformerChannelItem *findOrCreateDeformerChannel(OvNode *node, const QString &name);
 
+    // ---- morph targets ----
+    OvPz3MorphItem *findOrCreateMorph(OvNode *node, const QString &name);
+    OvPz3BinMorph *openBinMorphFile(const QString &name);
+    const std::vector<std::unique_ptr<OvPz3MorphItem>> &morphItems() const { return m_morphItems; }
+
     // ---- geometry ----
     OvPz3GeomItem *getGeometry(const QString &path);
     bool locateGeometry(const QString &path, QString &found, bool ask);
@@ -232,7 +237,7 @@ protected:
 
     // ---- keyword handlers: top level ----
     bool fileFigureResFile(char **argv, int argc);
-    bool fileMorphBinaryFile(char **argv, int argc);
+    bool openBinMorphFile(char **argv, int argc);
     bool fileActor(char **argv, int argc);
     bool fileProp(char **argv, int argc);
     bool fileBaseProp(char **argv, int argc);
@@ -376,6 +381,22 @@ protected:
     // ---- cameras ----
     bool parseDocLine(char **argv, int argc);
     void finishCameras();
+
+    // ---- morph targets: the targetGeom channel, its body keywords and its deltas ----
+    bool chanTargetGeom(char **argv, int argc);
+    bool morphIndexes(char **argv, int argc);
+    bool morphNumbDeltas(char **argv, int argc);
+    bool morphDeltas(char **argv, int argc);
+    bool morphUseBinary(char **argv, int argc);
+    bool parseDeltaLine(char **argv, int argc);
+    // A "d index x y z" line of plain numbers read in place; false leaves the line to parseDeltaLine.
+    bool readDeltaLine(char *begin, char *end);
+    // True when the vertex lies in the current morph's mesh; else the line is reported.
+    bool deltaVertexOk(int index);
+    // Adds the batch of deltas readDeltaLine read to the current morph.
+    void flushDeltas();
+    // Vertices of the mesh the node's object shows first; -1 when it has none.
+    static int vertexLimitOf(const OvNode *node);
 
     // ---- content location helpers ----
     void learnLocation(const QString &name, const QString &selected);

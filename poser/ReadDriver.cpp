@@ -5,6 +5,7 @@
 
 #include <OvApp.h>
 #include <OvMaterial.h>
+#include <OvMorph.h>
 #include <OvScene.h>
 #include <OvSubDShape.h>
 #include <QDir>
@@ -29,7 +30,7 @@ const OvPZ3Importer::ModeHandler OvPZ3Importer::s_modeHandlers[ModeCount] = {
     &OvPZ3Importer::parseVersionLine,     // ModeVersion      version section
     nullptr,                              // ModeIgnore       skipped
     &OvPZ3Importer::parseTargetGeomBody,  // ModeTargetGeom morph target body
-    nullptr,                              // ModeDeltas       morph deltas
+    &OvPZ3Importer::parseDeltaLine,       // ModeDeltas       morph deltas
     &OvPZ3Importer::parseJointParam,      // ModeJointParm    joint-parameter body
     &OvPZ3Importer::parseAltGeom,         // ModeAltGeom      alternate geometry
     nullptr,                              // ModeInkyChain    IK chain
@@ -106,6 +107,8 @@ bool OvPZ3Importer::runLineLoop(char **argv) {
             char *begin = nullptr, *end = nullptr;
             if (m_file->getRawLine(begin, end)) {
                 ++m_file->m_lineNumber;
+                if (m_parseMode == ModeDeltas && readDeltaLine(begin, end))
+                    continue;
                 const bool handled = m_parseMode >= 0 && m_parseMode < ModeCount &&
                                      s_modeHandlers[m_parseMode] &&
                                      !(m_parseMode == ModeKeys && m_ignoreKeys);
@@ -216,6 +219,11 @@ void OvPZ3Importer::closeSectionStep() {
     case ModeGroupNode:
         closeGroupNode();
         break;
+    case ModeDeltas:
+        flushDeltas();
+        if (m_curMorph)
+            m_curMorph->morph->getDeltas()->squeeze(); // growth room is a third of the deltas' size
+        break;
     case ModeObject:
         // Keys bring the rotation order with them; without keys it is set here.
         if (!m_keys.isEmpty()) {
@@ -291,6 +299,7 @@ bool OvPZ3Importer::isOpenFile(const QString &canonicalPath) const {
 }
 
 void OvPZ3Importer::finishImport() {
+    flushDeltas(); // a file may end inside a deltas section
     // Files still open when a handler stopped the loop.
     while (m_file) {
         closeCurrentFile();

@@ -8,6 +8,7 @@
 #include "LocatedDirList.h"
 #include "channels/ChannelGroups.h"
 #include "figure/Textures.h"
+#include "channels/BinaryMorph.h"
 #include "scene/SceneItemIndex.h"
 #include "scene/SceneItems.h"
 #include <OvTypes.h>
@@ -25,7 +26,23 @@ class OvProperty;
 class OvMaterial;
 class OvLight;
 class OvBasicCamera;
+class OvMorph;
 class OvPoserJointParam;
+
+// A morph found or made in this import, with the node whose object carries it.
+struct OvPz3MorphItem {
+    OvMorph *morph = nullptr;
+    OvNode *node = nullptr;
+};
+
+// Delta lines read but not yet added: their numbers are finished a batch at a time.
+struct Pz3PendingDeltas {
+    static constexpr int Size = 128;
+    int count = 0;
+    int index[Size];
+    float values[3 * Size];
+    int32_t divisions[3 * Size];
+};
 
 // Kinds of Poser file, told apart by the extension.
 enum class Pz3FileKind : int {
@@ -116,11 +133,14 @@ struct Pz3ReadState {
     OvProperty *m_curProperty = nullptr;
     OvPoserJointParam *m_curJointParam = nullptr; // the joint parameter whose body is being read
     OvMaterial *m_material = nullptr;
-    OvPz3GeomItem *m_curGeom = nullptr; // geometry of the last figureResFile or alternate objFile
-    QString m_curBinMorphFile;          // resolved path of the last morphBinaryFile
-    QString m_altGeomName;              // labels the shape of the next alternate objFile
-    int m_curChannelType = 0;           // transform component of the channel being read (ChannelType bits)
-    int m_colorComponent = 0;           // of a light-colour channel: 0 red, 1 green, 2 blue, 3 intensity
+    OvPz3GeomItem *m_curGeom = nullptr;         // geometry of the last figureResFile or alternate objFile
+    OvPz3BinMorph *m_curBinMorphFile = nullptr; // record of the last morphBinaryFile
+    OvPz3MorphItem *m_curMorph = nullptr;       // morph of the last targetGeom channel
+    int m_deltaVertexLimit = -1;                // vertices of its mesh, -1 when it has none
+    Pz3PendingDeltas m_pendingDeltas;           // delta lines of the current morph not yet added
+    QString m_altGeomName;                      // labels the shape of the next alternate objFile
+    int m_curChannelType = 0; // transform component of the channel being read (ChannelType bits)
+    int m_colorComponent = 0; // of a light-colour channel: 0 red, 1 green, 2 blue, 3 intensity
     bool m_isColorChannel = false;
     int m_figureVertexCount = 0;
 
@@ -137,6 +157,9 @@ struct Pz3ReadState {
     std::vector<ChannelNameMap> m_channelNameMaps; // in creation order, never removed
     // (owner, Poser name) -> the first record of that name whose property the owner carries.
     QHash<QPair<const OvElement *, QString>, int> m_channelNameIndex;
+    std::vector<std::unique_ptr<OvPz3MorphItem>> m_morphItems; // in creation order; entries never move
+    QHash<QPair<const OvNode *, QString>, OvPz3MorphItem *> m_morphItemOf; // the first item of each
+    std::vector<std::unique_ptr<OvPz3BinMorph>> m_binMorphs;               // one per resolved path
     QList<OvLight *> m_lights;
     QHash<QString, OvLight *> m_lightNamed; // the first of m_lights with that name
     QList<OvBasicCamera *> m_cameras;

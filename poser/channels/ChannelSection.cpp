@@ -32,6 +32,7 @@ const OvPZ3Importer::ChannelKindRow OvPZ3Importer::s_channelKinds[] = {
     {"kdGreen", ChannelMatch::Exact, &OvPZ3Importer::chanLightColor},
     {"kdBlue", ChannelMatch::Exact, &OvPZ3Importer::chanLightColor},
     {"kdIntensity", ChannelMatch::Exact, &OvPZ3Importer::chanIntensity},
+    {"targetGeom", ChannelMatch::Exact, &OvPZ3Importer::chanTargetGeom},
     {"focal", ChannelMatch::Exact, &OvPZ3Importer::chanFocal},
     {"liteFalloffEnd", ChannelMatch::Exact, &OvPZ3Importer::chanFalloffEnd},
     {"groups", ChannelMatch::Exact, &OvPZ3Importer::chanGroups},

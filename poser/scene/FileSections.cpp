@@ -11,7 +11,7 @@
 
 const OvPZ3Importer::KeywordRow OvPZ3Importer::s_fileKeywords[] = {
     {"figureResFile", 2, Short::Stop, "No filename was specified", &OvPZ3Importer::fileFigureResFile},
-    {"morphBinaryFile", 2, Short::Stop, "No filename was specified", &OvPZ3Importer::fileMorphBinaryFile},
+    {"morphBinaryFile", 2, Short::Stop, "No filename was specified", &OvPZ3Importer::openBinMorphFile},
     {"actor", 2, Short::Stop, "No actor part was specified", &OvPZ3Importer::fileActor},
     {"prop", 2, Short::Stop, "No prop name was specified", &OvPZ3Importer::fileProp},
     {"baseProp", 2, Short::Stop, "No dform base prop name was specified", &OvPZ3Importer::fileBaseProp},
@@ -62,16 +62,15 @@ bool OvPZ3Importer::fileFigureResFile(char **argv, int argc) {
     return true;
 }
 
-bool OvPZ3Importer::fileMorphBinaryFile(char **argv, int argc) {
+bool OvPZ3Importer::openBinMorphFile(char **argv, int argc) {
     if (QString::fromLatin1(argv[1]).toLower() == QLatin1String("none"))
         return true;
-    // Binary morph deltas are read with the morph targets; here the file only has to be found.
-    QString found;
-    if (!findContentFile(tokenText(argv, 1, argc), found, true)) {
+    // Only found here: the file is opened when a morph first asks for its deltas.
+    m_curBinMorphFile = openBinMorphFile(tokenText(argv, 1, argc));
+    if (!m_curBinMorphFile) {
         reportError(tr("Error loading morphBinaryFile"));
         return false;
     }
-    m_curBinMorphFile = found;
     return true;
 }
 

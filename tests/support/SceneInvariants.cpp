@@ -2,6 +2,7 @@
 
 #include <OvDeformers.h>
 #include <OvModifiers.h>
+#include <OvMorph.h>
 #include <OvNode.h>
 #include <OvPolyMesh.h>
 #include <OvScene.h>
@@ -10,6 +11,7 @@
 #include <QHash>
 #include <QSet>
 #include <algorithm>
+#include <climits>
 #include <vector>
 
 QStringList checkMeshInvariants(const OvPolyMesh &mesh, int materialCount) {
@@ -176,6 +178,8 @@ private:
                     gatherProperty(joint->getBendControl());
                 else if (auto *dform = dynamic_cast<OvDFormModifier *>(m))
                     gatherProperty(dform->getValueChannel());
+                else if (auto *morph = dynamic_cast<OvMorph *>(m))
+                    gatherProperty(morph->getValueChannel());
             }
         }
     }
@@ -240,11 +244,34 @@ private:
                                             .arg(dform->getName());
                 checkProperty(where, *dform->getValueChannel());
             }
+            if (auto *morph = dynamic_cast<OvMorph *>(object.getModifier(i)))
+                checkMorph(where, object, *morph);
             if (auto *joint = dynamic_cast<const OvPoserJoint *>(object.getModifier(i)))
                 checkJointParams(where, *joint);
         }
         for (int i = 0; i < shapes; ++i)
             checkShape(*object.getShape(i));
+    }
+
+    // Every delta names a vertex of the mesh the object shows first.
+    void checkMorph(const QString &where, const OvObject &object, OvMorph &morph) {
+        checkProperty(where, *morph.getValueChannel());
+        const OvMorphDeltas &deltas = *morph.getDeltas();
+        const auto *mesh = object.getNumShapes() > 0
+                               ? dynamic_cast<const OvPolyMesh *>(object.getShape(0)->getGeometry())
+                               : nullptr;
+        const int vertices = mesh ? mesh->getNumVertices() : INT_MAX;
+        for (int d = 0; d < deltas.getNumDeltas(); ++d) {
+            const int index = deltas.getIndex(d);
+            if (index < 0 || index >= vertices) {
+                problems << where + QStringLiteral(": morph %1: delta %2 names vertex %3 of %4")
+                                        .arg(morph.getName())
+                                        .arg(d)
+                                        .arg(index)
+                                        .arg(mesh ? vertices : 0);
+                return;
+            }
+        }
     }
 
     // Every parameter is there, and the bones it names are in the scene.
