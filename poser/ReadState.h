@@ -6,9 +6,9 @@
 
 #include "FolderIndex.h"
 #include "LocatedDirList.h"
+#include "channels/BinaryMorph.h"
 #include "channels/ChannelGroups.h"
 #include "figure/Textures.h"
-#include "channels/BinaryMorph.h"
 #include "scene/SceneItemIndex.h"
 #include "scene/SceneItems.h"
 #include <OvTypes.h>
