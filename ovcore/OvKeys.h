@@ -1,11 +1,10 @@
 #pragma once
 // Animation keys of one property: times (host time units), values and the interpolation of the
-// segment that leaves each key. Kept as three parallel arrays so that a float key costs nine bytes
-// and a long track needs no allocation per key.
+// segment that leaves each key, in one array: a float key costs twelve bytes and a track needs no
+// allocation per key.
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 #include <vector>
 
 // Host interpolation types; the values are the host's.
@@ -15,94 +14,87 @@ template <class T> class OvKeyTrack {
 public:
     int count() const {
         settle();
-        return int(m_times.size());
+        return int(m_keys.size());
     }
-    bool isEmpty() const { return m_times.empty(); }
+    bool isEmpty() const { return m_keys.empty(); }
     int time(int i) const {
         settle();
-        return m_times[size_t(i)];
+        return m_keys[size_t(i)].time;
     }
     const T &value(int i) const {
         settle();
-        return m_values[size_t(i)];
+        return m_keys[size_t(i)].value;
     }
     OvInterpolation interpolation(int i) const {
         settle();
-        return OvInterpolation(m_interp[size_t(i)]);
+        return m_keys[size_t(i)].interp;
     }
     void setValueAt(int i, const T &v) {
         settle();
-        m_values[size_t(i)] = v;
+        m_keys[size_t(i)].value = v;
     }
     void remove(int i) {
         settle();
-        m_times.erase(m_times.begin() + i);
-        m_values.erase(m_values.begin() + i);
-        m_interp.erase(m_interp.begin() + i);
+        m_keys.erase(m_keys.begin() + i);
     }
     // The key at `t`, or -1.
     int find(int t) const {
         settle();
-        auto it = std::lower_bound(m_times.begin(), m_times.end(), t);
-        return it != m_times.end() && *it == t ? int(it - m_times.begin()) : -1;
+        auto it = std::lower_bound(m_keys.begin(), m_keys.end(), t,
+                                   [](const Key &k, int time) { return k.time < time; });
+        return it != m_keys.end() && it->time == t ? int(it - m_keys.begin()) : -1;
     }
     // The last key at or before `t`; -1 before the first.
     int segment(int t) const {
         settle();
-        return int(std::upper_bound(m_times.begin(), m_times.end(), t) - m_times.begin()) - 1;
+        return int(std::upper_bound(m_keys.begin(), m_keys.end(), t,
+                                    [](int time, const Key &k) { return time < k.time; }) -
+                   m_keys.begin()) -
+               1;
     }
     // One key per time: a key at a time that has one replaces it. Keys in time order are appended;
     // others are sorted in once the track is next read, so that a long track given backwards does
     // not move its keys once per key.
     void set(int t, const T &v, OvInterpolation interp) {
-        if (!m_unsorted && !m_times.empty() && t <= m_times.back()) {
+        if (!m_unsorted && !m_keys.empty() && t <= m_keys.back().time) {
             if (const int i = find(t); i >= 0) {
-                m_values[size_t(i)] = v;
-                m_interp[size_t(i)] = (unsigned char)interp;
+                m_keys[size_t(i)].value = v;
+                m_keys[size_t(i)].interp = interp;
                 return;
             }
             m_unsorted = true;
         }
-        m_times.push_back(t);
-        m_values.push_back(v);
-        m_interp.push_back((unsigned char)interp);
+        m_keys.push_back(Key{t, v, interp});
     }
-    size_t bytesPerKey() const { return sizeof(int) + sizeof(T) + sizeof(unsigned char); }
+    size_t bytesPerKey() const { return sizeof(Key); }
 
 private:
+    struct Key {
+        int time;
+        T value;
+        OvInterpolation interp;
+    };
+
     // Sorts by time; of keys at the same time the one set last stays.
     void settle() const {
         if (!m_unsorted)
             return;
         m_unsorted = false;
-        std::vector<size_t> order(m_times.size());
-        std::iota(order.begin(), order.end(), size_t(0));
-        std::stable_sort(order.begin(), order.end(),
-                         [this](size_t a, size_t b) { return m_times[a] < m_times[b]; });
-        std::vector<int> times;
-        std::vector<T> values;
-        std::vector<unsigned char> interp;
-        times.reserve(order.size());
-        values.reserve(order.size());
-        interp.reserve(order.size());
-        for (size_t i : order) {
-            if (!times.empty() && times.back() == m_times[i]) {
-                values.back() = m_values[i];
-                interp.back() = m_interp[i];
-                continue;
-            }
-            times.push_back(m_times[i]);
-            values.push_back(m_values[i]);
-            interp.push_back(m_interp[i]);
+        std::stable_sort(m_keys.begin(), m_keys.end(),
+                         [](const Key &a, const Key &b) { return a.time < b.time; });
+        std::vector<Key> kept;
+        kept.reserve(m_keys.size());
+        for (const Key &k : m_keys) {
+            if (!kept.empty() && kept.back().time == k.time)
+                kept.back() = k;
+            else
+                kept.push_back(k);
         }
-        m_times.swap(times);
-        m_values.swap(values);
-        m_interp.swap(interp);
+        m_keys.swap(kept);
     }
 
-    mutable std::vector<int> m_times;
-    mutable std::vector<T> m_values;
-    mutable std::vector<unsigned char> m_interp;
+    // One array: a track of one key (every channel of a Poser figure has one) is one allocation.
+    mutable std::vector<Key> m_keys;
     mutable bool m_unsorted = false;
 };
 
