@@ -1,6 +1,7 @@
 #pragma once
 // Shared by the benchmarks: wall-clock timing and peak memory measured in a fresh child process.
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -77,6 +78,17 @@ inline std::string runSelf(const std::vector<std::string> &args) {
     int status = 0;
     waitpid(pid, &status, 0);
     return WIFEXITED(status) && WEXITSTATUS(status) == 0 ? out : std::string();
+}
+
+// The shortest of `runs` timings of f().
+template <class F> double best(int runs, F &&f) {
+    double t = 1e30;
+    for (int i = 0; i < runs; ++i) {
+        auto start = Clock::now();
+        f();
+        t = std::min(t, secondsSince(start));
+    }
+    return t;
 }
 
 } // namespace bench

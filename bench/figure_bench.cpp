@@ -80,17 +80,9 @@ double peakDeltaMB(const std::vector<std::string> &args) {
     return double(peak - before) * 1024.0 / 1e6;
 }
 
-template <class F> double best(int runs, F &&f) {
-    double t = 1e30;
-    for (int i = 0; i < runs; ++i) {
-        auto start = bench::Clock::now();
-        f();
-        t = std::min(t, bench::secondsSince(start));
-    }
-    return t;
-}
-
 } // namespace
+
+using bench::best;
 
 int main(int argc, char **argv) {
     QCoreApplication app(argc, argv);

@@ -96,16 +96,6 @@ bool import(const char *relative, DeltaTotals *t = nullptr) {
     return ok && OvApp::log().isEmpty();
 }
 
-template <class F> double best(int runs, F &&f) {
-    double t = 1e30;
-    for (int i = 0; i < runs; ++i) {
-        auto start = bench::Clock::now();
-        f();
-        t = std::min(t, bench::secondsSince(start));
-    }
-    return t;
-}
-
 // Child mode: prints "before_kib peak_kib" around the import of the text figure, or of the binary
 // one (the same body with five small morphs: what the import costs without the text morphs).
 int peakMode(char **argv) {
@@ -131,6 +121,8 @@ void row(const char *what, double value, const char *unit, double floor) {
 }
 
 } // namespace
+
+using bench::best;
 
 int main(int argc, char **argv) {
     QCoreApplication app(argc, argv);

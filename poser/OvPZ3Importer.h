@@ -338,6 +338,7 @@ protected:
     // A channel value in host units: translations (and a deformer zone's size) are Poser lengths.
     float channelUnits(float value) const;
     bool bodyValue(char **argv, float &value);
+    bool setChannelLimit(char **argv, bool upper);
     // When a channel body closes.
     void checkChannelLimits();
     // The last scene item whose Poser name (or, without one, its node's label) is `name`.

@@ -140,35 +140,26 @@ bool OvPZ3Importer::bodyInitValue(char **argv, int) {
 }
 
 bool OvPZ3Importer::bodyMin(char **argv, int) {
-    float value = 0.0f;
-    if (!bodyValue(argv, value))
-        return true;
-    value = channelUnits(value);
-    auto *f = dynamic_cast<OvFloatProperty *>(m_curProperty);
-    if (f)
-        f->setMin(value);
-    else if (auto *i = dynamic_cast<OvIntProperty *>(m_curProperty); i && m_parseMode != ModeParmChannel)
-        i->setMin(int(value));
-    else
-        return true;
-    if (value < NoLowerLimit)
-        static_cast<OvNumericProperty *>(m_curProperty)->setIsClamped(false);
-    return true;
+    return setChannelLimit(argv, false);
 }
 
 bool OvPZ3Importer::bodyMax(char **argv, int) {
+    return setChannelLimit(argv, true);
+}
+
+// A limit beyond +-9999 (after units) means the channel has none: it is unclamped.
+bool OvPZ3Importer::setChannelLimit(char **argv, bool upper) {
     float value = 0.0f;
     if (!bodyValue(argv, value))
         return true;
     value = channelUnits(value);
-    auto *f = dynamic_cast<OvFloatProperty *>(m_curProperty);
-    if (f)
-        f->setMax(value);
+    if (auto *f = dynamic_cast<OvFloatProperty *>(m_curProperty))
+        upper ? f->setMax(value) : f->setMin(value);
     else if (auto *i = dynamic_cast<OvIntProperty *>(m_curProperty); i && m_parseMode != ModeParmChannel)
-        i->setMax(int(value));
+        upper ? i->setMax(int(value)) : i->setMin(int(value));
     else
         return true;
-    if (value > NoUpperLimit)
+    if (upper ? value > NoUpperLimit : value < NoLowerLimit)
         static_cast<OvNumericProperty *>(m_curProperty)->setIsClamped(false);
     return true;
 }
