@@ -72,6 +72,9 @@ bool OvPZ3Importer::parseChannelsLine(char **argv, int argc) {
     if (!m_curNode)
         qDebug("NULL m_curNode");
     for (const ChannelKindRow *row = s_channelKinds; row->keyword; ++row) {
+        // The first character rules out most rows before a string is compared.
+        if (row->keyword[0] != argv[0][0])
+            continue;
         const bool match = row->match == ChannelMatch::Exact
                                ? std::strcmp(argv[0], row->keyword) == 0
                                : std::strncmp(argv[0], row->keyword, std::strlen(row->keyword)) == 0;
