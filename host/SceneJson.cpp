@@ -188,6 +188,7 @@ private:
     void jointParam(const OvPoserJointParam &p);
     void writeProperty(const OvProperty &p);
     void writeController(const OvController &c);
+    // A property that another follows: its name, owner and node; null for none.
     void linkSource(const OvNumericProperty *source);
     void morphDeltas(OvMorph &morph);
 
@@ -362,6 +363,10 @@ void JsonSceneWriter::writeProperty(const OvProperty &p) {
             m_w.value(item);
         m_w.endArray();
     }
+    if (auto *n = dynamic_cast<const OvNumericProperty *>(&p); n && n->getLinkProperty()) {
+        m_w.key("linkedTo");
+        linkSource(n->getLinkProperty());
+    }
     writeKeysJson(m_w, p, m_step);
     m_w.key("controllers");
     m_w.beginArray();
@@ -376,15 +381,15 @@ void JsonSceneWriter::writeController(const OvController &c) {
     m_w.field("class", c.className());
     m_w.field("name", c.getName());
     if (auto *link = dynamic_cast<const OvERCLink *>(&c)) {
-        linkSource(link->getSource());
-        m_w.field("a", float(link->getA()));
-        m_w.field("b", float(link->getB()));
+        m_w.field("type", OvERCLink::typeName(link->getType()));
+        m_w.key("source");
+        linkSource(link->getProperty());
+        m_w.field("scalar", float(link->getScalar()));
     }
     m_w.endObject();
 }
 
 void JsonSceneWriter::linkSource(const OvNumericProperty *source) {
-    m_w.key("source");
     const OvNode *node = m_walk.propertyNode(source);
     if (!source) {
         m_w.valueNull();

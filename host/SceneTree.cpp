@@ -54,8 +54,9 @@ bool isFreshFloat(const OvFloatProperty &f, float value) {
 // still looks as the host made it; the tree leaves these out. The follow target, spread angle and
 // focal length are shown on their class's own line instead.
 bool isStandardAtRest(const OvElement &owner, const OvProperty &p) {
-    if (p.isHidden() || p.getLabel() != p.getName() || p.getNumControllers() > 0 || p.isUserProperty() ||
-        !p.canAnimate() || p.getNumKeys() > 0 || !p.getPath().isEmpty())
+    auto *numeric = dynamic_cast<const OvNumericProperty *>(&p);
+    if (p.isHidden() || p.getLabel() != p.getName() || (numeric && numeric->isDriven()) ||
+        p.isUserProperty() || !p.canAnimate() || p.getNumKeys() > 0 || !p.getPath().isEmpty())
         return false;
     auto floatIs = [&p](const OvFloatProperty *control, float fresh) {
         return &p == control && control->getValue() == fresh && isFreshFloat(*control, fresh);
@@ -91,7 +92,8 @@ bool isStandardAtRest(const OvElement &owner, const OvProperty &p) {
 
 // A channel of a modifier gets a line of its own only when it differs from how the host made it.
 bool isPlainChannel(const OvProperty &p) {
-    return p.getNumControllers() == 0 && !p.isHidden() && p.getLabel() == p.getName();
+    auto *numeric = dynamic_cast<const OvNumericProperty *>(&p);
+    return !(numeric && numeric->isDriven()) && !p.isHidden() && p.getLabel() == p.getName();
 }
 
 QString intRangeText(const OvIntProperty &p) {
@@ -149,6 +151,7 @@ private:
     void writeJointParam(const OvPoserJointParam &p);
     void writeProperty(const OvProperty &p);
     void writeController(const OvController &c);
+    QString propertyRef(const OvNumericProperty *p) const;
     // A modifier's channel, one level further in, when it is not plain.
     void writeChannel(const OvProperty &p) {
         if (isPlainChannel(p))
@@ -233,7 +236,7 @@ void TreeWriter::writeProperty(const OvProperty &p) {
         QStringList items;
         for (const QString &item : e->getItems())
             items << quoted(item);
-        m_out << " = " << e->getValue() << " of [" << items.join(QLatin1String(", ")) << "]";
+        m_out << " = " << e->getValueAt(m_time) << " of [" << items.join(QLatin1String(", ")) << "]";
         // The switch's range normally just spans its items.
         if (e->getMin() != 0 || e->getMax() != std::max(0, e->getNumItems() - 1))
             m_out << intRangeText(*e);
@@ -266,6 +269,8 @@ void TreeWriter::writeProperty(const OvProperty &p) {
         m_out << ", not animated";
     if (!p.getPath().isEmpty())
         m_out << ", group " << quoted(p.getPath());
+    if (auto *n = dynamic_cast<const OvNumericProperty *>(&p); n && n->getLinkProperty())
+        m_out << ", linked to " << propertyRef(n->getLinkProperty());
     m_out << keysText(p, m_step) << "\n";
     indent();
     for (int i = 0; i < p.getNumControllers(); ++i)
@@ -273,25 +278,25 @@ void TreeWriter::writeProperty(const OvProperty &p) {
     outdent();
 }
 
+// "PROP" of "OWNER" [on node "NODE"], or why there is no such property.
+QString TreeWriter::propertyRef(const OvNumericProperty *p) const {
+    const OvNode *node = m_walk.propertyNode(p);
+    if (!p)
+        return QStringLiteral("none");
+    if (!node)
+        return QStringLiteral("<outside the scene>");
+    QString text = quoted(p->getName()) + QStringLiteral(" of ") +
+                   (p->getOwner() ? quoted(p->getOwner()->getName()) : QStringLiteral("no owner"));
+    if (!p->getOwner() || p->getOwner() != node)
+        text += QStringLiteral(" on node ") + quoted(node->getName());
+    return text;
+}
+
 void TreeWriter::writeController(const OvController &c) {
     m_out << m_indent << "controller " << c.className() << " " << quoted(c.getName());
-    if (auto *link = dynamic_cast<const OvERCLink *>(&c)) {
-        const OvNumericProperty *source = link->getSource();
-        const OvNode *node = m_walk.propertyNode(source);
-        m_out << ": source ";
-        if (!source) {
-            m_out << "none";
-        } else if (!node) {
-            m_out << "<outside the scene>";
-        } else {
-            m_out << quoted(source->getName()) << " of "
-                  << (source->getOwner() ? quoted(source->getOwner()->getName())
-                                         : QStringLiteral("no owner"));
-            if (!source->getOwner() || source->getOwner() != node)
-                m_out << " on node " << quoted(node->getName());
-        }
-        m_out << ", numbers " << num(float(link->getA())) << ", " << num(float(link->getB()));
-    }
+    if (auto *link = dynamic_cast<const OvERCLink *>(&c))
+        m_out << ": " << OvERCLink::typeName(link->getType()) << " from " << propertyRef(link->getProperty())
+              << ", scalar " << num(float(link->getScalar()));
     m_out << "\n";
 }
 

@@ -79,6 +79,13 @@ OvProperty *OvElement::findProperty(const QString &name) const {
     return nullptr;
 }
 
+OvProperty *OvElement::findPropertyByLabel(const QString &label) const {
+    for (const auto &p : m_properties)
+        if (p->getLabel() == label)
+            return p.get();
+    return nullptr;
+}
+
 bool OvElement::isA(const char *className) const {
     return std::strcmp(metaObject()->className(), className) == 0;
 }

@@ -40,6 +40,8 @@ public:
     int getNumProperties() const { return int(m_properties.size()); }
     OvProperty *getProperty(int i) const { return m_properties[size_t(i)].get(); }
     OvProperty *findProperty(const QString &name) const;
+    // The first property with this label, or null.
+    OvProperty *findPropertyByLabel(const QString &label) const;
     // Takes ownership; returns the property.
     template <class P> P *addProperty(P *property) {
         property->setOwner(this);

@@ -2,6 +2,8 @@
 #include "OvNode.h"
 #include "OvPropertyGroups.h"
 
+#include <QHash>
+#include <QSet>
 #include <algorithm>
 #include <cmath>
 
@@ -42,4 +44,76 @@ void OvProperty::setPath(const QString &path) {
     if (m_owner)
         m_owner->getPropertyGroups()->place(m_name, m_path, path);
     m_path = path;
+}
+
+const char *OvERCLink::typeName(int type) {
+    static const char *const names[] = {"deltaAdd", "divideInto", "divideBy", "times", "minus", "plus"};
+    return type >= 0 && type < 6 ? names[type] : "unknown";
+}
+
+double OvERCLink::apply(double value, double source) const {
+    const double s = m_scalar * source;
+    switch (m_type) {
+    case DeltaAdd:
+    case Plus:
+        return value + s;
+    case Minus:
+        return value - s;
+    case Times:
+        return value * s;
+    case DivideBy:
+        return s != 0 ? value / s : value;
+    case DivideInto:
+        return value != 0 ? s / value : value;
+    default:
+        return value;
+    }
+}
+
+namespace {
+
+// One evaluation at one time: each property is computed once, however many paths lead to it (a
+// dial feeding a dozen joints that feed one another must not be walked once per path).
+class DriveEvaluation {
+public:
+    explicit DriveEvaluation(int time) : m_time(time) {}
+
+    double valueOf(const OvNumericProperty &p, int depth) {
+        if (!p.isDriven())
+            return p.ownValueAt(m_time);
+        if (auto done = m_done.constFind(&p); done != m_done.constEnd())
+            return *done;
+        // Deeper than any rig, or back at a property being computed: the chain is cut here.
+        if (depth > OvNumericProperty::MaxDriveDepth || m_busy.contains(&p))
+            return p.ownValueAt(m_time);
+        m_busy.insert(&p);
+        const OvNumericProperty *link = p.getLinkProperty();
+        double v = link ? valueOf(*link, depth + 1) : p.ownValueAt(m_time);
+        for (int i = 0; i < p.getNumControllers(); ++i) {
+            auto *erc = dynamic_cast<const OvERCLink *>(p.getController(i));
+            if (erc && erc->getProperty())
+                v = erc->apply(v, valueOf(*erc->getProperty(), depth + 1));
+        }
+        v = p.fitValue(v);
+        m_busy.remove(&p);
+        m_done.insert(&p, v);
+        return v;
+    }
+
+private:
+    int m_time;
+    QHash<const OvNumericProperty *, double> m_done;
+    QSet<const OvNumericProperty *> m_busy;
+};
+
+} // namespace
+
+double OvNumericProperty::drivenValueAt(int time) const {
+    return DriveEvaluation(time).valueOf(*this, 0);
+}
+
+double OvIntProperty::fitValue(double v) const {
+    if (!(v == v))
+        return double(m_value);
+    return std::min(std::max(std::round(v), double(m_min)), double(m_max));
 }

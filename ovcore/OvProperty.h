@@ -28,19 +28,37 @@ private:
     QString m_name;
 };
 
-// Dependent-parameter link: the owning property follows `source`; the two numbers are kept as the
-// importer gives them.
+// Dependent-parameter link: the owning property follows a controlling property through one
+// operation. Applied in controller order, each link turns the value so far (v) and the controlling
+// property's value (s) into: DeltaAdd v + scalar*s, DivideInto scalar*s / v, DivideBy v / (scalar*s),
+// Times v * scalar*s, Minus v - scalar*s, Plus v + scalar*s. A division by zero leaves v; a link
+// without a controlling property (a place-holder) leaves v too. The second number is kept as given.
 class OvERCLink : public OvController {
 public:
-    OvERCLink(OvNumericProperty *source, double a, double b) : m_source(source), m_a(a), m_b(b) {}
+    enum Type : int { DeltaAdd = 0, DivideInto = 1, DivideBy = 2, Times = 3, Minus = 4, Plus = 5 };
+
+    OvERCLink(int type, OvNumericProperty *property, double scalar, double second)
+        : m_type(type), m_property(property), m_scalar(scalar), m_second(second) {}
+    // A delta-add link with the given scalar.
+    OvERCLink(OvNumericProperty *property, double scalar, double second)
+        : OvERCLink(DeltaAdd, property, scalar, second) {}
     const char *className() const override { return "OvERCLink"; }
-    OvNumericProperty *getSource() const { return m_source; }
-    double getA() const { return m_a; }
-    double getB() const { return m_b; }
+    // "deltaAdd", "divideInto", ... ("unknown" for a code out of range).
+    static const char *typeName(int type);
+    int getType() const { return m_type; }
+    void setType(int type) { m_type = type; }
+    OvNumericProperty *getProperty() const { return m_property; }
+    void setProperty(OvNumericProperty *property) { m_property = property; }
+    double getScalar() const { return m_scalar; }
+    void setScalar(double scalar) { m_scalar = scalar; }
+    double getSecondNumber() const { return m_second; }
+    double apply(double value, double source) const;
 
 private:
-    OvNumericProperty *m_source;
-    double m_a, m_b;
+    int m_type;
+    OvNumericProperty *m_property;
+    double m_scalar;
+    double m_second;
 };
 
 class OvProperty {
@@ -101,14 +119,32 @@ private:
     std::vector<std::unique_ptr<OvController>> m_controllers;
 };
 
+// A property with a number for a value. Its value at a time is its own (keyed) value, or the value
+// of the property it is linked to, turned by its ERC links in order; see drivenValueAt.
 class OvNumericProperty : public OvProperty {
 public:
     using OvProperty::OvProperty;
     bool isClamped() const { return m_clamped; }
     void setIsClamped(bool clamped) { m_clamped = clamped; }
 
+    // Linked properties share one value: this one then shows `master`'s (null unlinks).
+    void linkTo(OvNumericProperty *master) { m_link = master; }
+    OvNumericProperty *getLinkProperty() const { return m_link; }
+    // True when links or controllers take part in the value.
+    bool isDriven() const { return m_link || getNumControllers() > 0; }
+
+    // The value at `time` from keys alone (or the value without keys), before links and controllers.
+    virtual double ownValueAt(int time) const = 0;
+    // A computed value made fit for the property: held within limits, whole for whole numbers.
+    virtual double fitValue(double v) const { return v; }
+    // The value at `time` with links and ERC links applied. Chains longer than MaxDriveDepth, and a
+    // cycle that slipped in, fall back on the own value of the property where they are cut.
+    double drivenValueAt(int time) const;
+    static constexpr int MaxDriveDepth = 256;
+
 private:
     bool m_clamped = false;
+    OvNumericProperty *m_link = nullptr;
 };
 
 // A float dial: its value, the default it resets to, limits that hold while it is clamped, and the
@@ -130,12 +166,10 @@ public:
         m_keys.set(time, v, interp);
     }
     // The value at `time`: the keys' curve when there are keys (held within the limits while
-    // clamped, like the value), else the value.
-    float getValueAt(int time) const {
-        if (m_keys.isEmpty())
-            return m_value;
-        return clamp(float(evaluateKeys(m_keys, time, [this](int i) { return double(m_keys.value(i)); })));
-    }
+    // clamped, like the value), else the value; then the link and controllers, when there are any.
+    float getValueAt(int time) const { return isDriven() ? float(drivenValueAt(time)) : keyedValueAt(time); }
+    double ownValueAt(int time) const override { return keyedValueAt(time); }
+    double fitValue(double v) const override { return clamp(float(v)); }
     int getNumKeys() const override { return m_keys.count(); }
     int getKeyTime(int i) const override { return m_keys.time(i); }
     OvInterpolation getKeyInterpolation(int i) const override { return m_keys.interpolation(i); }
@@ -164,6 +198,11 @@ public:
 
 private:
     float clamp(float v) const { return isClamped() ? std::min(std::max(v, m_min), m_max) : v; }
+    float keyedValueAt(int time) const {
+        if (m_keys.isEmpty())
+            return m_value;
+        return clamp(float(evaluateKeys(m_keys, time, [this](int i) { return double(m_keys.value(i)); })));
+    }
 
     OvKeyTrack<float> m_keys;
     float m_value;
@@ -218,7 +257,10 @@ public:
     void setIntValue(int v) override { m_value = v; }
     // Keys hold until the next one.
     void setIntValue(int time, int v) override { m_keys.set(time, v, OvInterpolation::Constant); }
-    int getValueAt(int time) const { return m_keys.isEmpty() ? m_value : evaluateStepKeys(m_keys, time); }
+    int getValueAt(int time) const { return isDriven() ? int(drivenValueAt(time)) : keyedValueAt(time); }
+    double ownValueAt(int time) const override { return keyedValueAt(time); }
+    // Rounded to the nearest whole number within the range.
+    double fitValue(double v) const override;
     int getNumKeys() const override { return m_keys.count(); }
     int getKeyTime(int i) const override { return m_keys.time(i); }
     OvInterpolation getKeyInterpolation(int i) const override { return m_keys.interpolation(i); }
@@ -230,6 +272,8 @@ public:
     void setMax(int v) { m_max = v; }
 
 private:
+    int keyedValueAt(int time) const { return m_keys.isEmpty() ? m_value : evaluateStepKeys(m_keys, time); }
+
     OvKeyTrack<int> m_keys;
     int m_value;
     int m_min = -2147483647 - 1;
@@ -245,9 +289,9 @@ public:
     void setValue(bool v) { m_value = v; }
     void setIntValue(int v) override { m_value = v != 0; }
     void setIntValue(int time, int v) override { m_keys.set(time, v != 0, OvInterpolation::Constant); }
-    bool getValueAt(int time) const {
-        return m_keys.isEmpty() ? m_value : evaluateStepKeys(m_keys, time) != 0;
-    }
+    bool getValueAt(int time) const { return isDriven() ? drivenValueAt(time) != 0 : keyedValueAt(time); }
+    double ownValueAt(int time) const override { return keyedValueAt(time) ? 1.0 : 0.0; }
+    double fitValue(double v) const override { return v != 0 ? 1.0 : 0.0; }
     int getNumKeys() const override { return m_keys.count(); }
     int getKeyTime(int i) const override { return m_keys.time(i); }
     OvInterpolation getKeyInterpolation(int i) const override { return m_keys.interpolation(i); }
@@ -255,6 +299,10 @@ public:
     void deleteKey(int i) override { m_keys.remove(i); }
 
 private:
+    bool keyedValueAt(int time) const {
+        return m_keys.isEmpty() ? m_value : evaluateStepKeys(m_keys, time) != 0;
+    }
+
     OvKeyTrack<int> m_keys;
     bool m_value;
 };

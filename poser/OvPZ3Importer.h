@@ -142,6 +142,26 @@ public:
     void turnOffLimits(OvNode *node);
     const std::vector<ChannelNameMap> &channelNameMaps() const { return m_channelNameMaps; }
 
+    // ---- dependent parameters (ERC) and linked parameters ----
+    // Reads a valueOp block (its further lines too) for the current channel.
+    bool readValueOp(char **argv, int argc, int type);
+    // Links `driven` to the controlling channel, or (deferIfMissing) leaves a place-holder and a
+    // record when that channel is not there yet; a given place-holder becomes the link. True when
+    // the controlling channel was found (linked, or refused as circular).
+    bool createERCLink(OvNumericProperty *driven, int figureIndex, const QString &nodeName,
+                       const QString &channelName, float scalar, int type, OvERCLink *placeHolder,
+                       bool deferIfMissing);
+    void resolveLinkParm(const OvPz3LinkParm &record);
+    // The numeric property a Poser channel name stands for on `node`: channel records first, then
+    // morphs by name, properties by label, morphs by label.
+    OvNumericProperty *findLinkProperty(OvNode *node, const QString &channelName);
+    // True when `driven` would end up computed from itself if it followed `controller`.
+    static bool wouldCreateCycle(const OvNumericProperty *controller, const OvNumericProperty *driven);
+    // Removes the first ERC link of `driven` of this type and controlling property.
+    static void removeMatchingERC(OvNumericProperty *driven, int type, const OvNumericProperty *controller);
+    // Nanoseconds the last read spent resolving deferred links and linkParms pairs.
+    qint64 linkResolutionNanos() const { return m_linkResolveNanos; }
+
     // ---- what the last read left ----
     const OvTArray<OvPz3SceneItem> &sceneItems() const { return m_sceneItems; }
     const OvTArray<OvPz3SubDNode> &subDNodes() const { return m_subDNodes; }
@@ -206,6 +226,14 @@ protected:
     bool atEndOfInput();
     void closeCurrentFile();
     void finishImport();
+    // Retries the deferred ERC links, resolves the linkParms pairs and names what stayed unresolved.
+    void resolveDeferredLinks();
+    // Drops the link records of a node that is about to be deleted.
+    void forgetLinksOf(const OvNode *node);
+    // The node a link names below `root`; unlike getNode it never makes a bone.
+    OvNode *findControlNode(OvNode *root, const QString &name);
+    // reportInfo, naming the file and line of the valueOp block being linked.
+    void reportLinkInfo(const QString &message);
     void askToAddFrames();
     void applySmartParents();
     void convertSubDivisions();
@@ -335,6 +363,7 @@ protected:
     bool bodyKeys(char **argv, int argc);
     bool bodyPointAtTarget(char **argv, int argc);
     bool bodyDeformerProp(char **argv, int argc);
+    template <int Type> bool bodyValueOp(char **argv, int argc) { return readValueOp(argv, argc, Type); }
     // A channel value in host units: translations (and a deformer zone's size) are Poser lengths.
     float channelUnits(float value) const;
     bool bodyValue(char **argv, float &value);

@@ -307,8 +307,9 @@ void OvPZ3Importer::finishImport() {
             m_file = m_fileStack.pop();
     }
     finishCameras();
-    // Links, movie ranges and drop placement work on records that the link and movie sections
-    // fill; this build does not read those sections yet.
+    resolveDeferredLinks();
+    // Movie ranges and drop placement work on records that the movie section fills; this build
+    // does not read it yet.
 }
 
 // Parents named by smartparent lines, applied once every node exists.

@@ -28,6 +28,8 @@ class OvLight;
 class OvBasicCamera;
 class OvMorph;
 class OvPoserJointParam;
+class OvNumericProperty;
+class OvERCLink;
 
 // A morph found or made in this import, with the node whose object carries it.
 struct OvPz3MorphItem {
@@ -66,6 +68,29 @@ enum class Pz3HandSide : int { Right = 0, Left = 1, NotHandPose = 2 };
 struct ChannelNameMap {
     OvProperty *property = nullptr; // owned by its node
     QString name;
+};
+
+// A dependent-parameter block whose controlling property was not there yet: a place-holder
+// controller holds its place on the driven property until the end of the import.
+struct OvPz3ERCLink {
+    OvNumericProperty *property = nullptr; // driven
+    int figureIndex = 0;                   // from the node name's ":N", -1 without one
+    QString nodeName;                      // controlling node, suffix removed
+    QString channelName;                   // controlling channel's Poser name
+    float scalar = 1.0f;                   // as read
+    int type = 0;                          // OvERCLink::Type
+    OvERCLink *placeHolder = nullptr;
+    // Where the block was read, for the messages of the end of the import.
+    QString fileName;
+    int line = 0;
+};
+
+// Two channels of a figure that share one value (a linkParms pair).
+struct OvPz3LinkParm {
+    OvNode *masterNode = nullptr;
+    OvNode *slaveNode = nullptr;
+    QString masterParm;
+    QString slaveParm;
 };
 
 // A node to turn into a subdivision surface once the import is complete.
@@ -160,6 +185,13 @@ struct Pz3ReadState {
     std::vector<std::unique_ptr<OvPz3MorphItem>> m_morphItems; // in creation order; entries never move
     QHash<QPair<const OvNode *, QString>, OvPz3MorphItem *> m_morphItemOf; // the first item of each
     std::vector<std::unique_ptr<OvPz3BinMorph>> m_binMorphs;               // one per resolved path
+    OvTArray<OvPz3ERCLink> m_ercLinks{8};                                  // in file order
+    OvTArray<OvPz3LinkParm> m_linkParms{8};                                // in file order
+    // Bones by name per skeleton, made while the links are resolved at the end (nodes no longer change).
+    QHash<const OvNode *, QHash<QString, OvNode *>> m_boneIndex;
+    bool m_resolvingLinks = false;
+    qint64 m_linkResolveNanos = 0;              // how long the end of the import took to resolve them
+    const OvPz3ERCLink *m_linkRecord = nullptr; // the record being resolved, for its messages
     QList<OvLight *> m_lights;
     QHash<QString, OvLight *> m_lightNamed; // the first of m_lights with that name
     QList<OvBasicCamera *> m_cameras;

@@ -75,7 +75,7 @@ TEST_F(PoserGeometry, BodyPartsAlternatesAndTheGenitalsOffLink) {
     EXPECT_EQ(genital->getShape(1)->getName(), QStringLiteral("genital_0"));
     ASSERT_EQ(genital->getGeometryControl()->getNumControllers(), 1);
     auto *link = dynamic_cast<const OvERCLink *>(genital->getGeometryControl()->getController(0));
-    EXPECT_TRUE(link && link->getSource() == hip->getGeometryControl());
+    EXPECT_TRUE(link && link->getProperty() == hip->getGeometryControl());
 
     const int starts = OvApp::progressStarts();
     ASSERT_TRUE(readOk("fig.cr2", text));

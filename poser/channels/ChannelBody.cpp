@@ -17,14 +17,14 @@ constexpr float NoLowerLimit = -9999.0f;
 constexpr float NoUpperLimit = 9999.0f;
 } // namespace
 
-// The dependent-parameter operations are recognised here; their own lines are not read yet.
+// Dependent-parameter blocks, in every body; their codes are the host's link types.
 #define OV_VALUE_OPS                                                                                         \
-    {"valueOpDeltaAdd", 0, Short::Skip, nullptr, &OvPZ3Importer::ignoreLine},                                \
-        {"valueOpDivideInto", 0, Short::Skip, nullptr, &OvPZ3Importer::ignoreLine},                          \
-        {"valueOpDivideBy", 0, Short::Skip, nullptr, &OvPZ3Importer::ignoreLine},                            \
-        {"valueOpTimes", 0, Short::Skip, nullptr, &OvPZ3Importer::ignoreLine},                               \
-        {"valueOpMinus", 0, Short::Skip, nullptr, &OvPZ3Importer::ignoreLine}, {                             \
-        "valueOpPlus", 0, Short::Skip, nullptr, &OvPZ3Importer::ignoreLine                                   \
+    {"valueOpDeltaAdd", 0, Short::Skip, nullptr, &OvPZ3Importer::bodyValueOp<0>},                            \
+        {"valueOpDivideInto", 0, Short::Skip, nullptr, &OvPZ3Importer::bodyValueOp<1>},                      \
+        {"valueOpDivideBy", 0, Short::Skip, nullptr, &OvPZ3Importer::bodyValueOp<2>},                        \
+        {"valueOpTimes", 0, Short::Skip, nullptr, &OvPZ3Importer::bodyValueOp<3>},                           \
+        {"valueOpMinus", 0, Short::Skip, nullptr, &OvPZ3Importer::bodyValueOp<4>}, {                         \
+        "valueOpPlus", 0, Short::Skip, nullptr, &OvPZ3Importer::bodyValueOp<5>                               \
     }
 
 const OvPZ3Importer::KeywordRow OvPZ3Importer::s_channelBodyKeywords[] = {

@@ -116,6 +116,7 @@ void OvPZ3Importer::forgetNode(OvNode *node) {
         m_itemIndex.rebuild(m_sceneItems);
     }
     m_nodeItemOf.remove(node);
+    forgetLinksOf(node);
     for (size_t i = m_nodeItems.size(); i-- > 0;) {
         if (m_nodeItems[i]->node == node)
             m_nodeItems.erase(m_nodeItems.begin() + long(i));

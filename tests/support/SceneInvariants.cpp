@@ -210,14 +210,60 @@ private:
                 problems << where + QStringLiteral(": keys of property %1 out of order").arg(p.getName());
                 break;
             }
-        for (int i = 0; i < p.getNumControllers(); ++i) {
-            auto *link = dynamic_cast<const OvERCLink *>(p.getController(i));
-            if (link && link->getSource() && !m_properties.contains(link->getSource()))
+        // What the property's value is computed from must be in the scene, and nothing may end up
+        // computed from itself.
+        auto *numeric = dynamic_cast<const OvNumericProperty *>(&p);
+        if (!numeric)
+            return;
+        std::vector<const OvProperty *> &sources = m_drivenBy[&p];
+        if (const OvNumericProperty *master = numeric->getLinkProperty())
+            sources.push_back(master);
+        for (int i = 0; i < p.getNumControllers(); ++i)
+            if (auto *link = dynamic_cast<const OvERCLink *>(p.getController(i)); link && link->getProperty())
+                sources.push_back(link->getProperty());
+        for (const OvProperty *source : sources)
+            if (!m_properties.contains(source)) {
                 problems << where + QStringLiteral(": property %1 follows a property of no node in the scene")
                                         .arg(p.getName());
+                sources.clear(); // not followed further: it may be gone
+                break;
+            }
+    }
+
+public:
+    // Depth-first over the drive graph with three colours; a grey property met again closes a cycle.
+    void checkDriveCycles() {
+        enum : char { White = 0, Grey, Black };
+        QHash<const OvProperty *, char> colour;
+        for (auto start = m_drivenBy.constBegin(); start != m_drivenBy.constEnd(); ++start) {
+            if (colour.value(start.key()) != White)
+                continue;
+            std::vector<std::pair<const OvProperty *, size_t>> stack{{start.key(), 0}};
+            colour[start.key()] = Grey;
+            while (!stack.empty()) {
+                auto &[p, next] = stack.back();
+                const std::vector<const OvProperty *> sources = m_drivenBy.value(p);
+                if (next == sources.size()) {
+                    colour[p] = Black;
+                    stack.pop_back();
+                    continue;
+                }
+                const OvProperty *source = sources[next++];
+                const char c = colour.value(source);
+                if (c == Grey) {
+                    problems
+                        << QStringLiteral("property %1 is driven through a cycle").arg(source->getName());
+                    return;
+                }
+                if (c == White) {
+                    colour[source] = Grey;
+                    stack.emplace_back(source, 0);
+                }
+            }
         }
     }
 
+private:
     void checkProperties(const QString &where, const OvElement &e) {
         for (int i = 0; i < e.getNumProperties(); ++i)
             checkProperty(where, *e.getProperty(i));
@@ -319,6 +365,8 @@ private:
     QSet<const OvNode *> m_nodes;
     QSet<const OvProperty *> m_properties;
     QHash<const OvPolyMesh *, int> m_highestMaterial;
+    // Property -> the properties its value is computed from (its link first, then its ERC links).
+    QHash<const OvProperty *, std::vector<const OvProperty *>> m_drivenBy;
 };
 
 } // namespace
@@ -348,5 +396,6 @@ QStringList checkSceneInvariants(const OvScene &scene) {
         seen.insert(node);
         checker.check(*node);
     }
+    checker.checkDriveCycles();
     return checker.problems;
 }

@@ -4,7 +4,8 @@
 //
 // The scene check also requires every reference between scene objects to stay inside the scene:
 // skeleton properties (follow targets), welds, a magnet's base and zones, deformer modifiers and the
-// sources of ERC links. A mesh shared by several shapes is checked once.
+// sources of ERC links and the properties linked ones follow; no property may be computed from
+// itself through ERC links and property links. A mesh shared by several shapes is checked once.
 
 #include <QStringList>
 

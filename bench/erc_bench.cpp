@@ -1,0 +1,94 @@
+// Dependent parameters: a generated figure with 2,000 valueOp blocks, 500 of which name a channel
+// of an actor read later (deferred to the end of the import), at 1x, 4x and 16x that size. Prints
+// the whole import and the link resolution at its end; resolution should grow linearly.
+//
+//   erc_bench [RUNS]
+#include "BenchSupport.h"
+
+#include <OvApp.h>
+#include <OvScene.h>
+#include <QCoreApplication>
+#include <QFile>
+#include <QTemporaryDir>
+#include <algorithm>
+#include <poser/OvPZ3Importer.h>
+
+namespace {
+
+constexpr int kMasters = 15; // dials of BODY that drive the immediate links
+constexpr int kDials = 20;   // dials per actor, each with one valueOp
+constexpr int kDeferred = 5; // of which this many name the next actor's dial
+
+QByteArray valueOp(const QByteArray &node, const QByteArray &channel) {
+    return "valueOpDeltaAdd\nFigure 1\n" + node + "\n" + channel + "\ndeltaAddDelta 0.5\n";
+}
+
+// 100 x scale actors: 2,000 x scale valueOps, 500 x scale of them deferred (the last actor's five
+// name BODY instead, so that the chains do not close).
+QByteArray figure(int scale) {
+    const int actors = 100 * scale;
+    QByteArray text = "{\nactor BODY:1\n{\nchannels\n{\n";
+    for (int m = 0; m < kMasters; ++m)
+        text += "valueParm m" + QByteArray::number(m) + "\n{\ninitValue 1\n}\n";
+    text += "}\n}\n";
+    for (int a = 0; a < actors; ++a) {
+        text += "actor a" + QByteArray::number(a) + ":1\n{\nparent BODY:1\nchannels\n{\n";
+        for (int d = 0; d < kDials; ++d) {
+            const QByteArray dial = "d" + QByteArray::number(d);
+            text += "valueParm " + dial + "\n{\n";
+            if (d < kDeferred && a + 1 < actors)
+                text += valueOp("a" + QByteArray::number(a + 1) + ":1", dial);
+            else
+                text += valueOp("BODY:1", "m" + QByteArray::number(d % kMasters));
+            text += "}\n";
+        }
+        text += "}\n}\n";
+    }
+    return text + "}\n";
+}
+
+struct Result {
+    double import = 1e30, resolve = 1e30; // seconds, best of the runs
+    bool clean = true;
+};
+
+Result measure(const QString &path, int runs) {
+    Result r;
+    for (int i = 0; i < runs; ++i) {
+        OvApp::reset();
+        OvPZ3Importer importer;
+        const auto start = bench::Clock::now();
+        r.clean = importer.read(path, OvFileIOSettings()) == 0 && OvApp::log().isEmpty() && r.clean;
+        r.import = std::min(r.import, bench::secondsSince(start));
+        r.resolve = std::min(r.resolve, double(importer.linkResolutionNanos()) * 1e-9);
+        OvApp::reset();
+    }
+    return r;
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    QCoreApplication app(argc, argv);
+    qputenv("QT_LOGGING_RULES", "*.debug=false");
+    const int runs = argc > 1 ? std::max(1, atoi(argv[1])) : 3;
+    QTemporaryDir dir;
+    std::printf("%6s %8s %9s %12s %14s %16s\n", "size", "valueOps", "deferred", "import s", "resolution s",
+                "per deferred us");
+    double first = 0;
+    for (int scale : {1, 4, 16}) {
+        const QString path = dir.filePath(QStringLiteral("erc%1.cr2").arg(scale));
+        QFile f(path);
+        if (!f.open(QIODevice::WriteOnly) || f.write(figure(scale)) < 0)
+            return 1;
+        f.close();
+        const Result r = measure(path, runs);
+        const int ops = 2000 * scale, deferred = 500 * scale - kDeferred;
+        if (scale == 1)
+            first = r.resolve;
+        std::printf("%5dx %8d %9d %12.4f %14.6f %16.3f   (%.1fx the 1x time)%s\n", scale, ops, deferred,
+                    r.import, r.resolve, r.resolve * 1e6 / deferred, r.resolve / first,
+                    r.clean ? "" : "  NOT CLEAN");
+    }
+    return 0;
+}
