@@ -26,6 +26,22 @@ void OvMorphDeltas::squeeze() {
     m_offsets.shrinkToFit();
 }
 
+int OvMorphDeltas::dropOutside(int vertices) {
+    size_t kept = 0;
+    for (size_t i = 0; i < m_indices.size(); ++i) {
+        if (m_indices[i] < 0 || m_indices[i] >= vertices)
+            continue;
+        m_indices[kept] = m_indices[i];
+        for (size_t k = 0; k < 3; ++k)
+            m_offsets[3 * kept + k] = m_offsets[3 * i + k];
+        ++kept;
+    }
+    const int dropped = int(m_indices.size() - kept);
+    m_indices.truncate(kept);
+    m_offsets.truncate(3 * kept);
+    return dropped;
+}
+
 void OvMorphDeltas::clear() {
     m_indices = OvPodArray<int>();
     m_offsets = OvPodArray<float>();

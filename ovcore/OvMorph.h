@@ -34,6 +34,8 @@ public:
     // Gives back the room that growth left unused.
     void squeeze();
     void clear();
+    // Drops the deltas that name no vertex of a mesh of `vertices` vertices; returns how many.
+    int dropOutside(int vertices);
     // Bytes held for the deltas, reserved room included.
     size_t bytesHeld() const { return m_indices.bytes() + m_offsets.bytes(); }
 

@@ -427,6 +427,8 @@ protected:
     void flushDeltas();
     // Vertices of the mesh the node's object shows first; -1 when it has none.
     static int vertexLimitOf(const OvNode *node);
+    // At the end of the import: deltas that name no vertex of their actor's geometry are dropped.
+    void checkMorphVertices();
 
     // ---- content location helpers ----
     void learnLocation(const QString &name, const QString &selected);

@@ -308,6 +308,7 @@ void OvPZ3Importer::finishImport() {
     }
     finishCameras();
     resolveDeferredLinks();
+    checkMorphVertices();
     // Movie ranges and drop placement work on records that the movie section fills; this build
     // does not read it yet.
 }

@@ -116,6 +116,19 @@ TEST_F(Morphs, DeltaLinesFillTheMorphOfTheirActor) {
     EXPECT_TRUE(log.contains("Delta of vertex -1 dropped")) << log.toStdString();
 }
 
+// Deltas read before their actor has geometry are checked once the geometry is there.
+TEST_F(Morphs, DeltasReadBeforeTheGeometryAreCheckedAtTheEnd) {
+    geometry("m.obj", kObj);
+    const QByteArray early =
+        "actor hip:1\n{\nchannels\n{\n" + morph("early", "deltas\n{\nd 3 0 1 0\nd 9 0 1 0\n}\n") + "}\n}\n";
+    ASSERT_TRUE(readOk("fig.cr2", figure("", "", early)));
+    EXPECT_EQ(deltaText(morphOf(skeleton("fig")->findBone("hip"), "early")), "3 0.000 1.000 0.000");
+    EXPECT_TRUE(
+        logText().startsWith("info: Morph \"early\" of hip: 1 delta(s) name vertices beyond the 4 of its "
+                             "geometry and were dropped"))
+        << logText().toStdString();
+}
+
 TEST_F(Morphs, RepeatedChannelsReachOneMorphAndIndexesStartAgain) {
     geometry("m.obj", kObj);
     const QByteArray first =

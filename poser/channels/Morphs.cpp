@@ -39,6 +39,22 @@ int OvPZ3Importer::vertexLimitOf(const OvNode *node) {
     return mesh ? mesh->getNumVertices() : -1;
 }
 
+// Deltas are checked against the geometry as it is when they are read; geometry that reaches the
+// actor afterwards (a later section, a pose) may have fewer vertices. What no longer fits is dropped.
+void OvPZ3Importer::checkMorphVertices() {
+    for (const auto &item : m_morphItems) {
+        const int vertices = vertexLimitOf(item->node);
+        if (vertices < 0 || !item->morph)
+            continue;
+        if (const int dropped = item->morph->getDeltas()->dropOutside(vertices))
+            reportInfo(tr("Morph \"%1\" of %2: %3 delta(s) name vertices beyond the %4 of its geometry and "
+                          "were dropped")
+                           .arg(item->morph->getName(), item->node->getName())
+                           .arg(dropped)
+                           .arg(vertices));
+    }
+}
+
 OvPz3MorphItem *OvPZ3Importer::findOrCreateMorph(OvNode *node, const QString &name) {
     if (OvPz3MorphItem *item = m_morphItemOf.value({node, name}))
         return item;
