@@ -22,6 +22,19 @@ const QByteArray kBoxObj = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nusemtl red\nf 1 
 
 // Body parts cut by face group, one material per name and figure; an alternate geometry becomes
 // the current one, and "Genitals Off" switches the genital bone to an empty shape with the hip.
+// The genital's own Genitals Off alternate would make its switch follow itself.
+TEST_F(PoserGeometry, TheGenitalIsNotLinkedToItself) {
+    geometry("figure.obj", kFigureObj);
+    geometry("hipless.obj", kBoxObj);
+    ASSERT_TRUE(readOk("g.cr2", "figureResFile :Runtime:Geometries:figure.obj\nactor genital:1\n{\n"
+                                "geomHandlerGeom 13 genital\nalternateGeom g_1\n{\nname Genitals Off\n"
+                                "objFile 1 :Runtime:Geometries:hipless.obj\n}\n}\n"));
+    EXPECT_TRUE(logText().startsWith(
+        "info: The Genitals Off switch of genital would follow itself; it is not linked"))
+        << logText().toStdString();
+    EXPECT_EQ(skeleton("g")->findBone("genital")->getObject()->getGeometryControl()->getNumControllers(), 0);
+}
+
 TEST_F(PoserGeometry, BodyPartsAlternatesAndTheGenitalsOffLink) {
     const QString figurePath = geometry("figure.obj", kFigureObj);
     geometry("box.obj", kBoxObj);

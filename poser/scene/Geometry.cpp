@@ -314,16 +314,24 @@ void OvPZ3Importer::linkGenitalsOff() {
     OvBone *genital = skeleton ? skeleton->findBone(QStringLiteral("genital")) : nullptr;
     if (!genital)
         return;
+    // The genital's own alternate, or a switch that already follows the genital's, would make the
+    // switches drive each other.
+    OvEnumProperty *source = objectOf(m_curNode)->getGeometryControl();
+    OvEnumProperty *genitalSwitch = objectOf(genital)->getGeometryControl();
+    if (wouldCreateCycle(source, genitalSwitch)) {
+        reportInfo(tr("The Genitals Off switch of %1 would follow itself; it is not linked")
+                       .arg(m_curNode->getName()));
+        return;
+    }
     OvPolyShape *placeholder = make<OvPolyShape>();
     placeholder->setName(QStringLiteral("genital_0"));
     placeholder->setLabel(QStringLiteral("Genitals Off"));
     objectOf(genital)->addShape(placeholder, -1);
 
-    auto *link = new (std::nothrow) OvERCLink(objectOf(m_curNode)->getGeometryControl(), 1.0, 0.0);
+    auto *link = new (std::nothrow) OvERCLink(source, 1.0, 0.0);
     if (!link)
         throw QString("Out of Memory");
     link->setName(QStringLiteral("Genitals Off Link"));
-    OvEnumProperty *genitalSwitch = genital->getObject()->getGeometryControl();
     genitalSwitch->insertController(link, -1);
     genitalSwitch->setHidden(true);
 }
