@@ -161,6 +161,8 @@ bool OvPZ3Importer::setChannelLimit(char **argv, bool upper) {
         return true;
     if (upper ? value > NoUpperLimit : value < NoLowerLimit)
         static_cast<OvNumericProperty *>(m_curProperty)->setIsClamped(false);
+    // Checked at once: a body cut short never reaches its closing brace.
+    checkChannelLimits();
     return true;
 }
 
@@ -175,8 +177,10 @@ bool OvPZ3Importer::bodyTrackingScale(char **argv, int) {
 
 bool OvPZ3Importer::bodyForceLimits(char **argv, int) {
     if (std::atoi(argv[1]) != 0)
-        if (auto *n = dynamic_cast<OvNumericProperty *>(m_curProperty))
+        if (auto *n = dynamic_cast<OvNumericProperty *>(m_curProperty)) {
             n->setIsClamped(true);
+            checkChannelLimits();
+        }
     return true;
 }
 
