@@ -65,11 +65,11 @@ def main():
     ap.add_argument("--actor", default="body")
     ap.add_argument("--seed", type=int, default=1)
     args = ap.parse_args()
-    spec = list(args.morph)
+    entries = list(args.morph)
     if args.source:
         with open(args.source, encoding="utf-8") as f:
-            spec += [line.rstrip("\n").split("|") for line in f if line.strip() and not line.startswith("#")]
-    morphs = [(actor, morph, block(*parse_deltas(d))) for actor, morph, d in spec]
+            entries += [line.rstrip("\n").split("|") for line in f if line.strip() and not line.startswith("#")]
+    morphs = [(actor, morph, block(*parse_deltas(d))) for actor, morph, d in entries]
     if args.random:
         count, deltas, vertices = args.random
         rng = random.Random(args.seed)

@@ -368,7 +368,7 @@ protected:
     float channelUnits(float value) const;
     bool bodyValue(char **argv, float &value);
     bool setChannelLimit(char **argv, bool upper);
-    // When a channel body closes.
+    // After each limit line: crossed limits are swapped, a clamped value is held within them.
     void checkChannelLimits();
     // The last scene item whose Poser name (or, without one, its node's label) is `name`.
     OvNode *lastSceneItemNamed(const QString &name) const;

@@ -191,12 +191,7 @@ void OvPZ3Importer::closeSection() {
 // What a section leaves behind when it closes.
 void OvPZ3Importer::closeSectionStep() {
     switch (m_parseMode) {
-    case ModeTargetGeom:
-    case ModeParmChannel:
-        checkChannelLimits();
-        break;
     case ModeChannel:
-        checkChannelLimits();
         m_curChannelType = 0;
         m_curProperty = nullptr;
         m_ignoreKeys = false;
