@@ -147,7 +147,8 @@ OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name, std::vector<int
     for (size_t i = 0; i < nf; ++i) {
         const int f = getFaceGroupFace(g, int(i));
         corners += size_t(getFaceSize(f));
-        if (materialIndices)
+        // Faces come in runs of one material: only a change is worth remembering before the sort.
+        if (materialIndices && (materialIndices->empty() || materialIndices->back() != getFaceMaterial(f)))
             materialIndices->push_back(getFaceMaterial(f));
     }
     if (materialIndices) {

@@ -53,6 +53,9 @@ QString tokenText(char **argv, int first, int argc) {
             qDebug("Incomplete GetStringRes reference");
         return getStringRes(tableId, index);
     }
+    // Most names are one word: no joining needed.
+    if (first == argc - 1)
+        return OvFileIO::decodeText(start, qsizetype(lineEnd - start));
     // Token by token rather than NUL by NUL, so a NUL byte that stood between two tokens in the
     // file cannot end the text early: it reads as a blank.
     QByteArray text;
