@@ -1,5 +1,7 @@
 #include "OvMorph.h"
 
+#include <algorithm>
+
 void OvMorphDeltas::addDelta(int index, const OvVec3 &offset, bool accumulate) {
     if (accumulate) {
         for (size_t i = m_indices.size(); i-- > 0;) {
@@ -16,9 +18,14 @@ void OvMorphDeltas::addDelta(int index, const OvVec3 &offset, bool accumulate) {
     offset.getValue(&m_offsets[at]);
 }
 
+// Room for n more, growing by half at a time: a batch-sized step would move the deltas once per batch.
 void OvMorphDeltas::reserveMore(size_t n) {
-    m_indices.reserve(m_indices.size() + n);
-    m_offsets.reserve(m_offsets.size() + 3 * n);
+    const size_t need = m_indices.size() + n;
+    if (need <= m_indices.capacity())
+        return;
+    const size_t cap = std::max(need, m_indices.capacity() + m_indices.capacity() / 2);
+    m_indices.reserve(cap);
+    m_offsets.reserve(3 * cap);
 }
 
 void OvMorphDeltas::squeeze() {
