@@ -1,0 +1,246 @@
+// The end of an import through real files: the movie section's time, loop range and sound, where
+// dropped content goes, smart parents, source-file records, and the order of these steps.
+#include "PoserTest.h"
+#include "support/DialogAnswerer.h"
+
+#include <OvAudio.h>
+#include <OvMainWindow.h>
+#include <QBuffer>
+
+namespace {
+
+QByteArray bytes(quint64 v, int n, bool bigEndian) {
+    QByteArray b;
+    for (int i = 0; i < n; ++i)
+        b.append(char(v >> (8 * (bigEndian ? n - 1 - i : i))));
+    return b;
+}
+
+// 8-bit mono WAV; `extra` goes between the header and the format chunk.
+QByteArray wav(int rate, int frames, const QByteArray &extra = {}) {
+    const QByteArray fmt = bytes(1, 2, false) + bytes(1, 2, false) + bytes(rate, 4, false) +
+                           bytes(rate, 4, false) + bytes(1, 2, false) + bytes(8, 2, false);
+    const QByteArray body = "WAVE" + extra + "fmt " + bytes(16, 4, false) + fmt + "data" +
+                            bytes(frames, 4, false) + QByteArray(frames, '\x80');
+    return "RIFF" + bytes(body.size(), 4, false) + body;
+}
+
+// 16-bit mono AIFF; the rate is written as the format's 80-bit float.
+QByteArray aiff(int rate, int frames) {
+    int e = 0;
+    while ((rate >> (e + 1)) > 0)
+        ++e;
+    const QByteArray comm = bytes(1, 2, true) + bytes(frames, 4, true) + bytes(16, 2, true) +
+                            bytes(16383 + e, 2, true) + bytes(quint64(rate) << (63 - e), 8, true);
+    const QByteArray body = "AIFFCOMM" + bytes(18, 4, true) + comm + "SSND" + bytes(8 + 2 * frames, 4, true) +
+                            QByteArray(8 + 2 * frames, 0);
+    return "FORM" + bytes(body.size(), 4, true) + body;
+}
+
+QString header(const QByteArray &data) {
+    QBuffer in;
+    in.setData(data);
+    in.open(QIODevice::ReadOnly);
+    OvAudioFormat f;
+    QString why;
+    if (!readAudioHeader(in, f, why))
+        return why;
+    return QStringLiteral("%1 %2ch %3Hz %4bit %5 frames = %6")
+        .arg(f.container)
+        .arg(f.channels)
+        .arg(f.sampleRate)
+        .arg(f.bitsPerSample)
+        .arg(f.sampleFrames)
+        .arg(f.lengthInTimeUnits());
+}
+
+TEST(AudioHeader, LengthComesFromTheHeaderAndAnythingElseIsRefused) {
+    QByteArray cut = wav(8000, 400);
+    cut.chop(100); // the data chunk says more than the file holds
+    EXPECT_EQ(
+        QStringList({header(wav(8000, 8000)), header(wav(44100, 22050, "LIST" + bytes(3, 4, false) + "abc_")),
+                     header(cut), header(aiff(22050, 11025))}),
+        QStringList({"WAV 1ch 8000Hz 8bit 8000 frames = 4800", "WAV 1ch 44100Hz 8bit 22050 frames = 2400",
+                     "WAV 1ch 8000Hz 8bit 300 frames = 180", "AIFF 1ch 22050Hz 16bit 11025 frames = 2400"}));
+    EXPECT_EQ(QStringList({header("RIFF"), header("{\nversion\n{\n}\n}\n"), header(wav(8000, 10).left(36)),
+                           header(wav(0, 10))}),
+              QStringList({"too short to be a sound file", "not a WAV or AIFF file",
+                           "a WAV file without a data chunk",
+                           "a WAV file with 1 channels, 0 samples a second and 1-byte frames"}));
+}
+
+class Finishing : public PoserTest {
+protected:
+    // Reads a scene whose movieInfo section holds `lines`.
+    bool readMovie(const QByteArray &lines) {
+        return readOk("s.pz3", "{\nmovieInfo\n{\n" + lines + "}\n}\n");
+    }
+    static QString times() {
+        return QStringLiteral("step %1 time %2 anim %3..%4 play %5..%6")
+            .arg(scene()->getTimeStep())
+            .arg(scene()->getTime())
+            .arg(scene()->getAnimRange().getStart())
+            .arg(scene()->getAnimRange().getEnd())
+            .arg(scene()->getPlayRange().getStart())
+            .arg(scene()->getPlayRange().getEnd());
+    }
+    QString sound(const QString &name, const QByteArray &data) {
+        file("content/Runtime/Sounds/" + name, data);
+        return dir.filePath("content/Runtime/Sounds/" + name);
+    }
+    const QByteArray kFigure = "figureResFile :Runtime:Geometries:man.obj\nactor hip:1\n{\n}\n"
+                               "actor head:1\n{\nparent hip:1\n}\n";
+    const QByteArray kBox =
+        "prop box\n{\ngeomCustom\n{\nnumbVerts 3\nv 0 1 0\nv 1 2 0\nv 0 2 1\nf 1 2 3\n}\n}\n";
+};
+
+TEST_F(Finishing, MovieValuesSetTimeStepTimeAndRanges) {
+    const struct {
+        const char *lines, *expected;
+    } cases[] = {
+        {"framesPerSec 30\n", "step 160 time 0 anim 0..4800 play 0..4800"},
+        {"framesPerSec 24\n", "step 200 time 0 anim 0..4800 play 0..4800"},
+        {"currentFrame 12\nframesPerSec 24\n", "step 200 time 1920 anim 0..4800 play 0..4800"},
+        {"framesPerSec 0\ncurrentFrame 2\n", "step 160 time 320 anim 0..4800 play 0..4800"},
+        {"loopStart 10\nloopEnd 10\n", "step 160 time 0 anim 1600..1760 play 1600..1760"},
+        {"framesPerSec 24\nloopEnd 4\nloopStart 20\n", "step 200 time 0 anim 4000..4200 play 4000..4200"},
+        {"loopStart 10\ncurrentFrame -3\n", "step 160 time 0 anim 0..4800 play 0..4800"},
+        {"loopStart 2\nloopEnd 12\ncurrentFrame\nframesPerSec 5000\n",
+         "step 160 time 0 anim 320..1920 play 320..1920"},
+    };
+    for (const auto &c : cases) {
+        OvApp::reset();
+        ASSERT_TRUE(readMovie(c.lines)) << c.lines;
+        EXPECT_EQ(times(), c.expected) << c.lines;
+    }
+    EXPECT_EQ(logText(),
+              QStringLiteral("error: No value specified on line 6 in %1\ninfo: A frame rate of 5000 "
+                             "frames a second cannot be used; the time step stays 160 on line 7 in %1")
+                  .arg(path));
+}
+
+TEST_F(Finishing, SoundIsFoundImportedAndEndsTheLoop) {
+    const QString found = sound("chime.wav", wav(8000, 8000));
+    ASSERT_TRUE(readMovie("loopStart 1\nloopEnd 5\nsoundFile :Runtime:Sounds:chime.wav\n"));
+    ASSERT_TRUE(scene()->getAudio());
+    EXPECT_EQ(scene()->getAudio()->getPath(), found);
+    EXPECT_EQ(scene()->getAudio()->getLength(), 4800);
+    EXPECT_EQ(times(), "step 160 time 0 anim 160..4800 play 160..4800")
+        << "the sound's 30 frames, not loopEnd 5";
+    EXPECT_EQ(logText(), QString());
+
+    // Missing, or not a sound: the log names the file, the scene keeps its sound and loopEnd stands.
+    const QString text = sound("notes.wav", "these are not samples");
+    OvApp::setHeadlessAnswer(OvApp::AnswerYes);
+    ASSERT_TRUE(readMovie("loopStart 1\nloopEnd 5\nsoundFile :Runtime:Sounds:gone.wav\n"
+                          "soundFile :Runtime:Sounds:notes.wav\n"));
+    EXPECT_EQ(scene()->getAudio()->getPath(), found);
+    EXPECT_EQ(times(), "step 160 time 0 anim 160..800 play 160..800");
+    const QString log = logText();
+    EXPECT_TRUE(log.contains("gone.wav")) << log.toStdString();
+    EXPECT_TRUE(log.contains("Cannot import the sound file " + text + ": not a WAV or AIFF file"))
+        << log.toStdString();
+}
+
+TEST_F(Finishing, ASecondSoundIsKeptOrReplacedAsTheUserAnswers) {
+    const QString first = sound("a.wav", wav(8000, 8000)), second = sound("b.aif", aiff(8000, 16000));
+    auto *clip = new OvWinAudioClip;
+    ASSERT_EQ(OvApp::getMultiMediaMgr()->importAudioClip(first, clip), 0);
+    scene()->setAudio(clip, 0);
+    OvMainWindow window;
+    OvApp::setInterface(&window);
+    DialogAnswerer answerer;
+    answerer.pressButton("Keep").pressButton("Replace");
+    for (const QString &expected : {first, second}) {
+        ASSERT_TRUE(readMovie("loopStart 0\nsoundFile :Runtime:Sounds:b.aif\n"));
+        EXPECT_EQ(scene()->getAudio()->getPath(), expected);
+    }
+    EXPECT_EQ(scene()->getPlayRange().getEnd(), 9600) << "the replacing sound's 2 seconds";
+    EXPECT_TRUE(answerer.failures().isEmpty()) << answerer.failures().join('\n').toStdString();
+    ASSERT_EQ(answerer.seen().size(), 2);
+    EXPECT_EQ(answerer.seen()[0].title + ": " + answerer.seen()[0].buttons.join(", "),
+              "Replace Audio File: Keep, Replace");
+    OvApp::setInterface(nullptr);
+}
+
+TEST_F(Finishing, DroppedContentFollowsJoinsOrRestsWhereItWasDropped) {
+    geometry("man.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\ng hip\nf 1 2 3\ng head\nf 1 2 3\n");
+    ASSERT_TRUE(readOk("man.cr2", kFigure));
+    OvSkeleton *man = skeleton("man");
+    ASSERT_TRUE(man);
+    OvNode *head = man->findBone("head");
+    head->setOrigin(OvVec3(1, 2, 3));
+    OvContentDropOptions drop(head, OvContentDropOptions::Automatic);
+    OvApp::getContentMgr()->setContentDropOptions(&drop);
+    ASSERT_TRUE(readOk("woman.cr2", kFigure));
+    EXPECT_EQ(skeleton("woman")->getFollowTarget(), man) << "a figure dropped on a figure follows it";
+    EXPECT_EQ(man->getFollowTarget(), nullptr);
+    ASSERT_TRUE(readOk("box.pp2", kBox));
+    OvNode *box = labelled("box");
+    EXPECT_EQ(box->getNodeParent(), head) << "a prop dropped on a body part";
+    EXPECT_EQ(box->getLocalPos(), OvVec3(1, 2, 3)) << "starts at the bone's origin";
+    EXPECT_EQ(scene()->getNumNodes(), 2) << "no longer at the top of the scene";
+
+    drop = OvContentDropOptions(nullptr, OvContentDropOptions::PlaceAtPoint, OvVec3(10, 0, 20));
+    ASSERT_TRUE(readOk("box.pp2", kBox));
+    EXPECT_EQ(labelled("box (2)")->getWSPos(), OvVec3(10, -243.84f, 20)) << "the box's bottom rests on 0";
+    drop.setDropPoint(OvVec3(10, 5, 20));
+    ASSERT_TRUE(readOk("box.pp2", kBox));
+    EXPECT_EQ(labelled("box (3)")->getWSPos(), OvVec3(10, 5, 20));
+    OvApp::getContentMgr()->setContentDropOptions(nullptr);
+}
+
+// A prop smart-parented to a prop that is declared first and placed later, and one smart-parented
+// to a figure that was only selected: both end under their parents, and only what the import
+// created records the file it came from.
+TEST_F(Finishing, SmartParentsAndSourceRecordsAfterDropPlacement) {
+    ASSERT_TRUE(readOk("s.pz3", "prop box\n{\n}\nprop ball\n{\nsmartparent box\n}\nprop table\n{\n}\n"
+                                "prop box\n{\nparent table\n}\n"));
+    EXPECT_EQ(labelled("ball")->getNodeParent(), labelled("box"));
+    EXPECT_EQ(labelled("box")->getNodeParent(), labelled("table"));
+
+    geometry("man.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\ng hip\nf 1 2 3\ng head\nf 1 2 3\n");
+    ASSERT_TRUE(readOk("man.cr2", kFigure));
+    const QString figureFile = path;
+    OvSkeleton *man = skeleton("man");
+    scene()->setPrimarySelection(man);
+    OvContentDropOptions drop(labelled("box"), OvContentDropOptions::ParentToTarget);
+    OvApp::getContentMgr()->setContentDropOptions(&drop);
+    ASSERT_TRUE(readOk("hat.pp2", "prop hat\n{\nsmartparent head\n}\n"));
+    OvApp::getContentMgr()->setContentDropOptions(nullptr);
+    EXPECT_EQ(labelled("hat")->getNodeParent(), man->findBone("head"))
+        << "its smart parent, not the drop target";
+    auto sourceOf = [](const OvNode *node) {
+        auto *data = dynamic_cast<OvSourceFileData *>(node->findDataItem("SourceFileData"));
+        return data ? data->getSourceFilePath() : QString();
+    };
+    EXPECT_EQ(sourceOf(labelled("hat")), path);
+    EXPECT_EQ(sourceOf(man), figureFile) << "the figure the hat was put on keeps its own file";
+
+    // Recording again on the same items updates the record instead of adding one.
+    struct Recorder : OvPZ3Importer {
+        using OvPZ3Importer::recordSourceFiles;
+    } recorder;
+    ASSERT_EQ(recorder.read(figureFile, OvFileIOSettings()), 0u);
+    OvSkeleton *second = skeleton("man (2)");
+    recorder.recordSourceFiles(path);
+    EXPECT_EQ(sourceOf(second), path);
+    int records = 0;
+    for (int i = 0; i < second->getNumDataItems(); ++i)
+        records += second->getDataItem(i)->getName() == "SourceFileData";
+    EXPECT_EQ(records, 1);
+}
+
+// The movie section's loop range is set before a pose asks to lengthen it, so a pose keyed past
+// the loop still lengthens the play range.
+TEST_F(Finishing, APoseLengthensTheMovieLoopAfterItIsSet) {
+    geometry("man.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\ng hip\nf 1 2 3\ng head\nf 1 2 3\n");
+    ASSERT_TRUE(readOk("man.cr2", kFigure));
+    scene()->setPrimarySelection(skeleton("man"));
+    OvApp::setHeadlessAnswer(OvApp::AnswerYes);
+    ASSERT_TRUE(readOk("wave.pz2", "{\nmovieInfo\n{\nloopStart 0\nloopEnd 10\n}\nactor hip\n{\nchannels\n{\n"
+                                   "rotateX xrot\n{\nkeys\n{\nk 0 0\nk 40 10\n}\n}\n}\n}\n}\n"));
+    EXPECT_EQ(times(), "step 160 time 0 anim 0..6400 play 0..6400");
+}
+
+} // namespace
