@@ -43,14 +43,10 @@ QString header(const QByteArray &data) {
     in.open(QIODevice::ReadOnly);
     OvAudioFormat f;
     QString why;
-    return !readAudioHeader(in, f, why) ? why
-                                        : QStringLiteral("%1 %2ch %3Hz %4bit %5 frames = %6")
-                                              .arg(f.container)
-                                              .arg(f.channels)
-                                              .arg(f.sampleRate)
-                                              .arg(f.bitsPerSample)
-                                              .arg(f.sampleFrames)
-                                              .arg(f.lengthInTimeUnits());
+    return !readAudioHeader(in, f, why)
+               ? why
+               : QString::asprintf("%s %dch %gHz %dbit %lld frames = %d", qPrintable(f.container), f.channels,
+                                   f.sampleRate, f.bitsPerSample, f.sampleFrames, f.lengthInTimeUnits());
 }
 
 TEST(AudioHeader, LengthComesFromTheHeaderAndAnythingElseIsRefused) {
@@ -79,6 +75,10 @@ protected:
         return QString::asprintf("step %d time %d anim %d..%d play %d..%d", s->getTimeStep(), s->getTime(),
                                  s->getAnimRange().getStart(), s->getAnimRange().getEnd(),
                                  s->getPlayRange().getStart(), s->getPlayRange().getEnd());
+    }
+    bool readFigure(const QString &name) {
+        geometry("man.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\ng hip\nf 1 2 3\ng head\nf 1 2 3\n");
+        return readOk(name, kFigure);
     }
     QString sound(const QString &name, const QByteArray &data) {
         file("content/Runtime/Sounds/" + name, data);
@@ -151,15 +151,14 @@ TEST_F(Finishing, SoundIsImportedAskedAboutOrRefused) {
 }
 
 TEST_F(Finishing, DroppedContentFollowsJoinsOrRestsWhereItWasDropped) {
-    geometry("man.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\ng hip\nf 1 2 3\ng head\nf 1 2 3\n");
-    ASSERT_TRUE(readOk("man.cr2", kFigure));
+    ASSERT_TRUE(readFigure("man.cr2"));
     OvSkeleton *man = skeleton("man");
     ASSERT_TRUE(man);
     OvNode *head = man->findBone("head");
     head->setOrigin(OvVec3(1, 2, 3));
     OvContentDropOptions drop(head, OvContentDropOptions::Automatic);
     OvApp::getContentMgr()->setContentDropOptions(&drop);
-    ASSERT_TRUE(readOk("woman.cr2", kFigure));
+    ASSERT_TRUE(readFigure("woman.cr2"));
     EXPECT_EQ(skeleton("woman")->getFollowTarget(), man) << "a figure dropped on a figure follows it";
     ASSERT_TRUE(readOk("box.pp2", kBox));
     OvNode *box = labelled("box");
@@ -181,15 +180,14 @@ TEST_F(Finishing, DroppedContentFollowsJoinsOrRestsWhereItWasDropped) {
 
 // A prop smart-parented to a prop that is declared first and placed later, and one smart-parented
 // to a figure that was only selected: both end under their parents, and only what the import
-// created records the file it came from.
-TEST_F(Finishing, SmartParentsAndSourceRecordsAfterDropPlacement) {
+// created records the file it came from. Then the order of the movie loop and a pose's question.
+TEST_F(Finishing, SmartParentsSourceRecordsAndTheOrderOfTheLastSteps) {
     ASSERT_TRUE(readOk("s.pz3", "prop box\n{\n}\nprop ball\n{\nsmartparent box\n}\nprop table\n{\n}\n"
                                 "prop box\n{\nparent table\n}\n"));
     EXPECT_EQ(labelled("ball")->getNodeParent(), labelled("box"));
     EXPECT_EQ(labelled("box")->getNodeParent(), labelled("table"));
 
-    geometry("man.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\ng hip\nf 1 2 3\ng head\nf 1 2 3\n");
-    ASSERT_TRUE(readOk("man.cr2", kFigure));
+    ASSERT_TRUE(readFigure("man.cr2"));
     const QString figureFile = path;
     OvSkeleton *man = skeleton("man");
     scene()->setPrimarySelection(man);
@@ -217,14 +215,9 @@ TEST_F(Finishing, SmartParentsAndSourceRecordsAfterDropPlacement) {
     recorder.recordSourceFiles(path);
     EXPECT_EQ(sourceOf(second), path);
     EXPECT_EQ(second->getNumDataItems(), items);
-}
 
-// The movie section's loop range is set before a pose asks to lengthen it, so a pose keyed past
-// the loop still lengthens the play range.
-TEST_F(Finishing, APoseLengthensTheMovieLoopAfterItIsSet) {
-    geometry("man.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\ng hip\nf 1 2 3\ng head\nf 1 2 3\n");
-    ASSERT_TRUE(readOk("man.cr2", kFigure));
-    scene()->setPrimarySelection(skeleton("man"));
+    // The movie loop is set before a pose asks to lengthen the play range, so a pose keyed past the
+    // loop still lengthens it.
     OvApp::setHeadlessAnswer(OvApp::AnswerYes);
     ASSERT_TRUE(readOk("wave.pz2", "{\nmovieInfo\n{\nloopStart 0\nloopEnd 10\n}\nactor hip\n{\nchannels\n{\n"
                                    "rotateX xrot\n{\nkeys\n{\nk 0 0\nk 40 10\n}\n}\n}\n}\n}\n"));
