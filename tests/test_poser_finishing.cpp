@@ -144,6 +144,8 @@ TEST_F(Finishing, SoundIsImportedAskedAboutOrRefused) {
                           "soundFile :Runtime:Sounds:notes.wav\n"));
     EXPECT_EQ(scene()->getAudio()->getPath(), second);
     EXPECT_EQ(times(), "step 160 time 0 anim 160..800 play 160..800");
+    EXPECT_EQ(OvApp::getMultiMediaMgr()->importAudioClip(dir.path(), nullptr),
+              OvMultiMediaMgr::ImportNotReadable);
     const QString log = logText();
     EXPECT_TRUE(log.contains("gone.wav") &&
                 log.contains("Cannot import the sound file " + text + ": not a WAV or AIFF file"))
