@@ -8,6 +8,7 @@
 #include <cmath>
 
 #include <OvApp.h>
+#include <OvAudio.h>
 #include <OvDeformers.h>
 #include <OvLight.h>
 #include <OvMaterial.h>
@@ -533,6 +534,34 @@ void JsonSceneWriter::material(const OvMaterial &m, int id, bool) {
 
 } // namespace
 
+namespace {
+
+// The scene's frame rate and current frame, in frames, and its sound (null when it has none).
+void movieJson(JsonWriter &w, const OvScene &scene) {
+    const float step = float(scene.getTimeStep());
+    w.field("framesPerSecond", float(OvScene::TimeUnitsPerSecond) / step);
+    w.field("currentFrame", float(scene.getTime()) / step);
+    w.key("audio");
+    const OvAudioClip *clip = scene.getAudio();
+    if (!clip) {
+        w.valueNull();
+        return;
+    }
+    const OvAudioFormat &f = clip->getFormat();
+    w.beginObject();
+    w.field("path", clip->getPath());
+    w.field("format", f.container);
+    w.field("channels", f.channels);
+    w.field("sampleRate", float(f.sampleRate));
+    w.field("bitsPerSample", f.bitsPerSample);
+    w.field("sampleFrames", qint64(f.sampleFrames));
+    w.field("length", clip->getLength());
+    w.field("startFrame", scene.getAudioStartFrame());
+    w.endObject();
+}
+
+} // namespace
+
 void writeSceneJson(QIODevice &out, const OvScene &scene, const ImportReport &report) {
     JsonWriter w(out);
     w.beginObject();
@@ -552,6 +581,7 @@ void writeSceneJson(QIODevice &out, const OvScene &scene, const ImportReport &re
     w.field("timeStep", scene.getTimeStep());
     timeRange(w, "animRange", scene.getAnimRange());
     timeRange(w, "playRange", scene.getPlayRange());
+    movieJson(w, scene);
     if (report.frame >= 0)
         w.field("frame", report.frame);
     writeViewportsJson(w);

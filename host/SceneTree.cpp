@@ -6,6 +6,7 @@
 #include "SceneWalk.h"
 #include <cmath>
 
+#include <OvAudio.h>
 #include <OvDeformers.h>
 #include <OvLight.h>
 #include <OvMaterial.h>
@@ -436,13 +437,34 @@ void TreeWriter::material(const OvMaterial &m, int id, bool first) {
 
 } // namespace
 
+namespace {
+
+// The scene's sound, on a line of its own when it has one.
+void writeSound(QTextStream &out, const OvScene &scene) {
+    const OvAudioClip *clip = scene.getAudio();
+    if (!clip)
+        return;
+    const OvAudioFormat &f = clip->getFormat();
+    out << "sound " << quoted(clip->getPath()) << ": " << f.container << ", " << f.channels << " channels, "
+        << num(float(f.sampleRate)) << " samples a second, " << f.bitsPerSample << " bits, " << f.sampleFrames
+        << " sample frames, length " << clip->getLength() << ", starts at frame "
+        << scene.getAudioStartFrame() << "\n";
+}
+
+} // namespace
+
 void writeSceneTree(QTextStream &out, const OvScene &scene, int frame) {
-    out << "scene: time " << scene.getTime() << ", time step " << scene.getTimeStep() << ", animation "
-        << scene.getAnimRange().getStart() << ".." << scene.getAnimRange().getEnd() << ", play "
-        << scene.getPlayRange().getStart() << ".." << scene.getPlayRange().getEnd();
+    const float step = float(scene.getTimeStep());
+    out << "scene: time " << scene.getTime() << " (frame " << num(float(scene.getTime()) / step)
+        << "), time step " << scene.getTimeStep() << " (" << num(float(OvScene::TimeUnitsPerSecond) / step)
+        << " frames a second), animation " << scene.getAnimRange().getStart() << ".."
+        << scene.getAnimRange().getEnd() << ", play " << scene.getPlayRange().getStart() << ".."
+        << scene.getPlayRange().getEnd();
     if (frame >= 0)
         out << ", values at frame " << frame;
-    out << "\n" << viewportsText();
+    out << "\n";
+    writeSound(out, scene);
+    out << viewportsText();
     SceneWalk walk(scene);
     TreeWriter writer(out, walk, dumpTime(scene, frame), scene.getTimeStep());
     walk.walk(writer);

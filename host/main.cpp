@@ -34,6 +34,8 @@ const char *const kUsage =
     "  --answer ANSWER      answer the questions the import asks with yes, no or cancel (default:\n"
     "                       the host's default, as a host without a window cannot ask); the log\n"
     "                       says what was asked and answered\n"
+    "  --drop-at X,Y,Z      import as if dropped at that point of the scene (host units): what the\n"
+    "                       file creates moves there, and at height 0 comes to rest on the floor\n"
     "  --list-importers     list the plug-in's importers and exit\n"
     "  --debug              also print the importers' debug traces\n"
     "  --max-expansion N    stop a compressed file whose text grows past N times its compressed\n"
@@ -69,6 +71,7 @@ int main(int argc, char **argv) {
     QString jsonOut, file;
     bool tree = true, listOnly = false, meshData = true;
     int frame = -1;
+    OvContentDropOptions drop; // lives as long as the content manager points at it
     QStringList args = app.arguments();
     for (int i = 1; i < args.size(); ++i) {
         const QString &a = args[i];
@@ -112,6 +115,16 @@ int main(int argc, char **argv) {
             if (which < 0)
                 return usageError(QStringLiteral("--answer needs yes, no or cancel"));
             OvApp::setHeadlessAnswer(codes[which]);
+        } else if (a == QLatin1String("--drop-at")) {
+            const QStringList xyz = next(v) ? v.split(QLatin1Char(',')) : QStringList();
+            bool ok = xyz.size() == 3;
+            OvVec3 point;
+            for (int k = 0; ok && k < 3; ++k)
+                point[k] = xyz[k].toFloat(&ok);
+            if (!ok)
+                return usageError(QStringLiteral("--drop-at needs a point X,Y,Z"));
+            drop = OvContentDropOptions(nullptr, OvContentDropOptions::PlaceAtPoint, point);
+            OvApp::getContentMgr()->setContentDropOptions(&drop);
         } else if (a == QLatin1String("--no-tree")) {
             tree = false;
         } else if (a == QLatin1String("--no-mesh-data")) {

@@ -1,4 +1,5 @@
 #include "OvApp.h"
+#include "OvAudio.h"
 #include "OvImageMgr.h"
 #include "OvScene.h"
 #include "OvViewport.h"
@@ -27,6 +28,7 @@ struct AppState {
     int overflow = 0;
     OvContentMgr contentMgr;
     OvImageMgr imageMgr;
+    OvMultiMediaMgr multiMediaMgr;
     OvHelpMgr helpMgr;
     std::unique_ptr<OvScene> scene;
     OvMainWindow *mainWindow = nullptr;
@@ -152,6 +154,9 @@ OvContentMgr *OvApp::getContentMgr() {
 OvImageMgr *OvApp::getImageMgr() {
     return &state().imageMgr;
 }
+OvMultiMediaMgr *OvApp::getMultiMediaMgr() {
+    return &state().multiMediaMgr;
+}
 OvHelpMgr *OvApp::getHelpMgr() {
     return &state().helpMgr;
 }
@@ -194,6 +199,7 @@ void OvApp::reset() {
     clearLog();
     s.contentMgr = OvContentMgr();
     s.imageMgr.clear();
+    s.multiMediaMgr = OvMultiMediaMgr();
     s.helpMgr.clear();
     s.scene.reset();
     s.viewportMgr.reset();

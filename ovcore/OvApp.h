@@ -1,7 +1,8 @@
 #pragma once
-// Application services of the host: status line, progress, log, content folders, images, help,
-// the main window (null in a headless host) and the scene.
+// Application services of the host: status line, progress, log, content folders, images, sound,
+// help, the main window (null in a headless host) and the scene.
 
+#include "OvMath.h"
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -10,6 +11,8 @@ class OvContentMgr;
 class OvHelpMgr;
 class OvImageMgr;
 class OvMainWindow;
+class OvMultiMediaMgr;
+class OvNode;
 class OvScene;
 class OvViewportMgr;
 class QWidget;
@@ -50,6 +53,7 @@ public:
 
     static OvContentMgr *getContentMgr();
     static OvImageMgr *getImageMgr();
+    static OvMultiMediaMgr *getMultiMediaMgr();
     static OvHelpMgr *getHelpMgr();
     static OvScene *getScene();
 
@@ -69,7 +73,34 @@ public:
     static void reset();
 };
 
-class OvContentDropOptions;
+// Where and how the user dropped content on the scene: the node it was dropped on (may be null),
+// what to do with it there, and the point in world space where the drop landed.
+class OvContentDropOptions {
+public:
+    enum DropMode {
+        Automatic = 0,      // decided from what was dropped on what
+        FollowTarget = 1,   // a figure follows (conforms to) the target's figure
+        ParentToTarget = 2, // the object becomes a child of the target
+        Conform = 3,        // clothing conforms to the target figure
+        PlaceAtPoint = 4,   // the object is moved to the drop point
+    };
+
+    OvContentDropOptions() = default;
+    OvContentDropOptions(OvNode *target, DropMode mode, const OvVec3 &point = OvVec3())
+        : m_target(target), m_mode(mode), m_point(point) {}
+
+    OvNode *getDropTarget() const { return m_target; }
+    void setDropTarget(OvNode *target) { m_target = target; }
+    DropMode getDropMode() const { return m_mode; }
+    void setDropMode(DropMode mode) { m_mode = mode; }
+    const OvVec3 &getDropPoint() const { return m_point; }
+    void setDropPoint(const OvVec3 &point) { m_point = point; }
+
+private:
+    OvNode *m_target = nullptr;
+    DropMode m_mode = Automatic;
+    OvVec3 m_point;
+};
 
 // The host's list of Poser content folders, in search order.
 class OvContentMgr {
@@ -79,7 +110,8 @@ public:
     void addPoserDirectory(const QString &path) { m_poserDirs.append(path); }
     void setPoserDirectories(const QStringList &dirs) { m_poserDirs = dirs; }
     QStringList poserDirectories() const { return m_poserDirs; }
-    // Drop options of a drag-and-drop import; null for an ordinary import.
+    // Drop options of a drag-and-drop import; null for an ordinary import. The caller owns them and
+    // sets them back to null when its drop is done.
     OvContentDropOptions *getContentDropOptions() const { return m_dropOptions; }
     void setContentDropOptions(OvContentDropOptions *options) { m_dropOptions = options; }
 

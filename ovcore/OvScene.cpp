@@ -1,4 +1,5 @@
 #include "OvScene.h"
+#include "OvAudio.h"
 #include "OvLight.h"
 #include "OvNode.h"
 
@@ -129,6 +130,12 @@ int OvScene::removeNodesOfClass(const char *className) {
     }
     compact();
     return removed;
+}
+
+void OvScene::setAudio(OvAudioClip *clip, int startFrame) {
+    if (clip != m_audio.get())
+        m_audio.reset(clip);
+    m_audioStartFrame = clip ? startFrame : 0;
 }
 
 int OvScene::removeAllLights() {

@@ -1,11 +1,13 @@
 #pragma once
-// The host scene: top-level nodes (owned), time and ranges.
+// The host scene: top-level nodes (owned), time and ranges, and its sound.
 
 #include "OvMath.h"
 #include <QHash>
 #include <QStringList>
+#include <memory>
 #include <vector>
 
+class OvAudioClip;
 class OvNode;
 class OvBasicCamera;
 
@@ -61,6 +63,12 @@ public:
     const OvTimeRange &getPlayRange() const { return m_playRange; }
     void setPlayRange(const OvTimeRange &r) { m_playRange = r; }
 
+    // The scene's sound and the frame it starts at; null while the scene has none.
+    OvAudioClip *getAudio() const { return m_audio.get(); }
+    int getAudioStartFrame() const { return m_audioStartFrame; }
+    // Takes ownership of the clip and deletes the one it replaces; null leaves the scene silent.
+    void setAudio(OvAudioClip *clip, int startFrame);
+
 private:
     // Top-level nodes in order; a removed one leaves a hole (null) until the list is next read, so
     // that removing many nodes one by one does not move the rest each time.
@@ -74,4 +82,6 @@ private:
     int m_timeStep = TimeUnitsPerSecond / 30;
     OvTimeRange m_animRange{0, 30 * (TimeUnitsPerSecond / 30)};
     OvTimeRange m_playRange{0, 30 * (TimeUnitsPerSecond / 30)};
+    std::unique_ptr<OvAudioClip> m_audio;
+    int m_audioStartFrame = 0;
 };

@@ -206,6 +206,7 @@ protected:
     static const KeywordRow s_channelBodyKeywords[];
     static const KeywordRow s_targetGeomKeywords[];
     static const KeywordRow s_parmChannelKeywords[];
+    static const KeywordRow s_movieInfoKeywords[];
     static const KeywordRow *findKeyword(const KeywordRow *table, const char *keyword);
     bool runKeyword(const KeywordRow &row, char **argv, int argc);
     bool dispatchKeyword(const KeywordRow *table, char **argv, int argc);
@@ -238,6 +239,12 @@ protected:
     void applySmartParents();
     void convertSubDivisions();
     void recordSourceFiles(const QString &fileName);
+    // The movie section's current frame and loop range, once every key exists.
+    void applyMovieTimes();
+    // What this import created goes where the user dropped it, as the drop options say.
+    void placeDroppedItems();
+    void dropOnTarget(OvNode *node, OvNode *target);
+    void dropAtPoint(OvNode *node, const OvVec3 &point);
     bool isOpenFile(const QString &canonicalPath) const;
 
     // ---- mode handlers (argv[0] is the keyword; false stops the import) ----
@@ -248,6 +255,16 @@ protected:
     bool parseJointParam(char **argv, int argc);
     bool parseMaterialLine(char **argv, int argc);
     bool parseFigureLine(char **argv, int argc);
+    bool parseMovieInfoLine(char **argv, int argc);
+
+    // ---- keyword handlers: movieInfo section ----
+    bool movieCurrentFrame(char **argv, int argc);
+    bool movieLoopStart(char **argv, int argc);
+    bool movieLoopEnd(char **argv, int argc);
+    bool movieFramesPerSec(char **argv, int argc);
+    bool movieSoundFile(char **argv, int argc);
+    // Whether a sound named by the file replaces the one the scene has.
+    bool askReplaceAudio();
 
     // ---- keyword handlers: figure and material sections ----
     bool figRoot(char **argv, int argc);

@@ -25,7 +25,7 @@ const OvPZ3Importer::ModeHandler OvPZ3Importer::s_modeHandlers[ModeCount] = {
     &OvPZ3Importer::parseChannelBody,     // ModeChannel      body of a channel
     &OvPZ3Importer::parseKeysLine,        // ModeKeys         animation keys
     &OvPZ3Importer::parseMaterialLine,    // ModeMaterial     material section
-    nullptr,                              // ModeMovieInfo    movieInfo section
+    &OvPZ3Importer::parseMovieInfoLine,   // ModeMovieInfo    movieInfo section
     &OvPZ3Importer::parseDocLine,         // ModeDoc          doc section
     &OvPZ3Importer::parseVersionLine,     // ModeVersion      version section
     nullptr,                              // ModeIgnore       skipped
@@ -304,8 +304,8 @@ void OvPZ3Importer::finishImport() {
     finishCameras();
     resolveDeferredLinks();
     checkMorphVertices();
-    // Movie ranges and drop placement work on records that the movie section fills; this build
-    // does not read it yet.
+    applyMovieTimes();
+    placeDroppedItems();
 }
 
 // Parents named by smartparent lines, applied once every node exists.
@@ -329,14 +329,15 @@ void OvPZ3Importer::convertSubDivisions() {
         OvSubDShape::convertToSubD(m_subDNodes[i].node, m_subDNodes[i].level);
 }
 
-// Every top-level object this import registered remembers the file it came from.
+// Every top-level object this import created remembers the file it came from. A figure the file
+// only found (the selection a prop's smartparent or a hair file's parent names) keeps its own.
 void OvPZ3Importer::recordSourceFiles(const QString &name) {
     if (m_applyToSelection)
         return;
     const QString fileName = QDir::cleanPath(QFileInfo(name).absoluteFilePath());
     for (int i = 0; i < m_sceneItems.size(); ++i) {
         OvNode *node = m_sceneItems[i].node;
-        if (!node)
+        if (!node || !m_sceneItems[i].created)
             continue;
         if (auto *data =
                 dynamic_cast<OvSourceFileData *>(node->findDataItem(QStringLiteral("SourceFileData"))))

@@ -62,6 +62,8 @@ TEST(Golden, ImportsMatchTheReferenceDumps) {
         {"studio.json", {kStudio, "--content", kPoserContent, "--json", "-"}, 0},
         // The doll's wave dial at its peak drives chest, head and left arm.
         {"studio-frame15.txt", {kStudio, "--content", kPoserContent, "--frame", "15"}, 0},
+        // The bundled light set: a spot light and two distant lights, coloured by keys at frame 0.
+        {"lights.txt", {kPoserContent + "/Runtime/libraries/light/threePoint.lt2", "--content", kPoserContent}, 0},
         {"doll-cr2.json", {kPoserContent + "/Runtime/libraries/character/doll.cr2", "--content", kPoserContent,
                            "--json", "-", "--no-mesh-data"}, 0},
         {"poser-damaged.json", {kFixtures + "damaged.pz3", "--content", kPoserContent, "--json", "-",
