@@ -5,21 +5,18 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-need=(nodejs)
+need=()
+command -v npm >/dev/null || need+=(nodejs npm)
 [ "${1:-}" = "--chromium" ] && need+=(chromium)
 missing=()
 for p in "${need[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
 done
-# nodejs may come from elsewhere than Debian: a working npm is enough.
-if [ ${#missing[@]} -gt 0 ] && [ "${missing[0]}" = nodejs ] && command -v npm >/dev/null; then
-  missing=("${missing[@]:1}")
-fi
 if [ ${#missing[@]} -gt 0 ]; then
   echo "setup-web: installing ${missing[*]}"
   SUDO=""; [ "$(id -u)" -ne 0 ] && SUDO="sudo"
   $SUDO apt-get update -qq
-  DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq "${missing[@]}" npm >/dev/null
+  DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq "${missing[@]}" >/dev/null
 fi
 
 if [ ! -f node_modules/.package-lock.json ] || [ package-lock.json -nt node_modules/.package-lock.json ]; then
