@@ -19,6 +19,8 @@ public:
     // Unsigned bytes, four per vertex (JOINTS_0 with fewer than 256 joints), or shorts.
     int addJoints(const std::vector<uint16_t> &joints);
     tinygltf::Model &model() { return m_model; }
+    // Room for `bytes` more: growing a large buffer step by step would copy it several times.
+    void reserve(size_t bytes) { m_model.buffers[0].data.reserve(m_model.buffers[0].data.size() + bytes); }
 
 private:
     tinygltf::Model &m_model;

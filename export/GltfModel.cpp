@@ -10,9 +10,11 @@
 
 #include <OvMorph.h>
 #include <OvNode.h>
+#include <OvPolyMesh.h>
 #include <OvScene.h>
 #include <OvSkeleton.h>
 #include <QSet>
+#include <algorithm>
 #include <map>
 
 namespace {
@@ -94,7 +96,26 @@ void Builder::nodes() {
                                       .arg(records.nodes[size_t(joint)].name);
 }
 
+// At most what the shapes' meshes can take in the buffer (a corner is at most one vertex of 64
+// bytes and one triangle's indices; a morph at most dense, or four vertices per delta sparse).
+// Pages that stay unused cost nothing.
+size_t bufferBound(const ExportScene &records) {
+    QSet<const OvPolyMesh *> seen;
+    size_t bytes = 0;
+    for (const ExportShape &s : records.shapes) {
+        if (seen.contains(s.mesh))
+            continue;
+        seen.insert(s.mesh);
+        const size_t corners = size_t(s.mesh->getNumCorners());
+        bytes += corners * (64 + 12) + 64;
+        for (const OvMorph *m : s.morphs)
+            bytes += std::min(12 * corners, 64 * size_t(m->getDeltas()->getNumDeltas())) + 64;
+    }
+    return bytes;
+}
+
 void Builder::meshes(MaterialWriter &materials) {
+    m_buffer.reserve(bufferBound(records));
     const std::vector<int> skins = writeSkins(m_buffer, records);
     MeshWriter writer(m_buffer, materials, m_report);
     for (const ExportShape &s : records.shapes) {

@@ -32,11 +32,19 @@ std::vector<int> writeSkins(GltfBuffer &buffer, const ExportScene &scene) {
 
 void bindAll(GltfBuffer &buffer, int joint, size_t vertices, int *jointsAccessor, int *weightsAccessor) {
     std::vector<uint16_t> joints(4 * vertices, 0);
-    std::vector<float> weights(4 * vertices, 0.0f);
+    // Weights as normalised bytes: 1 is 255, a quarter of the size of floats.
+    std::vector<uint8_t> weights(4 * vertices, 0);
     for (size_t v = 0; v < vertices; ++v) {
         joints[4 * v] = uint16_t(joint);
-        weights[4 * v] = 1.0f;
+        weights[4 * v] = 255;
     }
     *jointsAccessor = buffer.addJoints(joints);
-    *weightsAccessor = buffer.addFloats(weights, 4, false, TINYGLTF_TARGET_ARRAY_BUFFER);
+    tinygltf::Accessor a;
+    a.bufferView = buffer.addView(weights.data(), weights.size(), TINYGLTF_TARGET_ARRAY_BUFFER);
+    a.componentType = TINYGLTF_COMPONENT_TYPE_UNSIGNED_BYTE;
+    a.normalized = true;
+    a.count = vertices;
+    a.type = TINYGLTF_TYPE_VEC4;
+    buffer.model().accessors.push_back(a);
+    *weightsAccessor = int(buffer.model().accessors.size()) - 1;
 }
