@@ -6,35 +6,42 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
-#include <unordered_map>
 
 namespace {
 
-// The vertex of each (position, UV) pair, made on first use.
+// The vertex of each (position, UV) pair, made on first use. The vertices of one position are
+// chained from it: a position rarely has more than two UVs, and no allocation is made per vertex.
 class VertexTable {
 public:
-    VertexTable(const OvPolyMesh &mesh, BuiltMesh &out) : m_mesh(mesh), m_out(out) {
+    VertexTable(const OvPolyMesh &mesh, BuiltMesh &out)
+        : m_mesh(mesh), m_out(out), m_first(size_t(mesh.getNumVertices()), -1) {
         m_useUVs = mesh.getUVs()->getNumValues() > 0;
     }
     uint32_t vertex(int position, int uv) {
-        const uint64_t key = (uint64_t(uint32_t(position)) << 32) | uint32_t(m_useUVs ? uv : 0);
-        auto [it, added] = m_index.emplace(key, uint32_t(m_out.sourceVertex.size()));
-        if (added) {
-            m_out.sourceVertex.push_back(position);
-            if (m_useUVs) {
-                const float *t =
-                    m_mesh.getUVs()->getPnt2Value(std::min(uv, m_mesh.getUVs()->getNumValues() - 1));
-                m_out.uvs.push_back(t[0]);
-                m_out.uvs.push_back(1.0f - t[1]); // glTF counts v from the top of the image
-            }
+        if (!m_useUVs)
+            uv = 0;
+        for (int v = m_first[size_t(position)]; v >= 0; v = m_next[size_t(v)])
+            if (m_uv[size_t(v)] == uv)
+                return uint32_t(v);
+        const int v = int(m_out.sourceVertex.size());
+        m_out.sourceVertex.push_back(position);
+        m_uv.push_back(uv);
+        m_next.push_back(m_first[size_t(position)]);
+        m_first[size_t(position)] = v;
+        if (m_useUVs) {
+            const float *t = m_mesh.getUVs()->getPnt2Value(std::min(uv, m_mesh.getUVs()->getNumValues() - 1));
+            m_out.uvs.push_back(t[0]);
+            m_out.uvs.push_back(1.0f - t[1]); // glTF counts v from the top of the image
         }
-        return it->second;
+        return uint32_t(v);
     }
 
 private:
     const OvPolyMesh &m_mesh;
     BuiltMesh &m_out;
-    std::unordered_map<uint64_t, uint32_t> m_index;
+    std::vector<int> m_first; // per position: its latest vertex, -1 for none
+    std::vector<int> m_next;  // per vertex: the position's previous vertex
+    std::vector<int> m_uv;    // per vertex
     bool m_useUVs = false;
 };
 
@@ -85,17 +92,22 @@ BuiltMesh buildMesh(const OvPolyMesh &mesh) {
         part = out.parts.size();
         out.parts.push_back({material, {}});
     }
+    std::vector<uint32_t> *indices = nullptr;
+    int lastMaterial = -1;
     for (int f = 0; f < mesh.getNumFaces(); ++f) {
         const int size = mesh.getFaceSize(f);
         if (size < 3)
             continue; // points and lines draw nothing
-        std::vector<uint32_t> &indices = out.parts[partOf[mesh.getFaceMaterial(f)]].indices;
+        if (const int material = mesh.getFaceMaterial(f); material != lastMaterial) {
+            lastMaterial = material;
+            indices = &out.parts[partOf[material]].indices; // faces come in runs of one material
+        }
         const uint32_t first = table.vertex(mesh.getFaceVertex(f, 0), mesh.getFaceUV(f, 0));
         uint32_t previous = table.vertex(mesh.getFaceVertex(f, 1), mesh.getFaceUV(f, 1));
         for (int c = 2; c < size; ++c) { // a fan: host polygons are convex
             const uint32_t next = table.vertex(mesh.getFaceVertex(f, c), mesh.getFaceUV(f, c));
             if (first != previous && previous != next && next != first)
-                indices.insert(indices.end(), {first, previous, next});
+                indices->insert(indices->end(), {first, previous, next});
             previous = next;
         }
     }
