@@ -8,8 +8,12 @@
 #include <OvProperty.h>
 #include <OvScene.h>
 #include <OvSkeleton.h>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QUrl>
 #include <cmath>
+#include <poser/OvPZ3Importer.h>
 #include <tiny_gltf.h>
 
 namespace {
@@ -277,6 +281,45 @@ TEST_F(GltfExportTest, WritesTheBufferBesideAGltf) {
     ASSERT_TRUE(exportAndLoad("scene.gltf"));
     EXPECT_TRUE(QFile::exists(dir.filePath("scene.bin")));
     EXPECT_EQ(model.buffers[0].uri, "scene.bin");
+}
+
+const tinygltf::Material &materialNamed(const tinygltf::Model &model, const std::string &name) {
+    for (const tinygltf::Material &m : model.materials)
+        if (m.name == name)
+            return m;
+    throw std::runtime_error("no material " + name);
+}
+
+TEST_F(GltfExportTest, CarriesTheStudioMaterialsTexturesAndDrivenJoints) {
+    OvApp::getContentMgr()->addPoserDirectory(QStringLiteral(OV_SOURCE_DIR "/examples/poser"));
+    OvPZ3Importer importer;
+    ASSERT_EQ(
+        importer.read(QStringLiteral(OV_SOURCE_DIR "/examples/poser/Runtime/libraries/scene/studio.pz3"),
+                      OvFileIOSettings()),
+        0u);
+    ASSERT_TRUE(exportAndLoad("studio.glb"));
+    const tinygltf::Material &shirt = materialNamed(model, "shirt"), &skin = materialNamed(model, "skin");
+    EXPECT_EQ(shirt.alphaMode, "BLEND") << "the shirt has an opacity map";
+    EXPECT_GE(shirt.pbrMetallicRoughness.baseColorTexture.index, 0);
+    EXPECT_GE(skin.normalTexture.index, 0) << "from the skin's bump map";
+    for (const tinygltf::Image &image : model.images)
+        EXPECT_GE(image.bufferView, 0) << "a .glb carries its images";
+    for (const tinygltf::Mesh &mesh : model.meshes)
+        for (const tinygltf::Primitive &p : mesh.primitives)
+            EXPECT_EQ(p.attributes.count("TANGENT"),
+                      size_t(model.materials[size_t(p.material)].normalTexture.index >= 0));
+    const std::vector<float> chest = floats(sampler(nodeNamed("chest"), "rotation").output);
+    EXPECT_EQ(chest.size(), 31u * 4) << "the wave dial turns the chest through an ERC link: sampled";
+    EXPECT_NE(chest[15 * 4 + 3], chest[3]);
+
+    model = tinygltf::Model();
+    ASSERT_TRUE(exportAndLoad("studio.gltf"));
+    const tinygltf::Texture &skinMap =
+        model.textures[size_t(materialNamed(model, "skin").pbrMetallicRoughness.baseColorTexture.index)];
+    const QString uri =
+        QUrl::fromPercentEncoding(QByteArray::fromStdString(model.images[size_t(skinMap.source)].uri));
+    EXPECT_TRUE(uri.endsWith("Textures/doll/dollSkin.png")) << uri.toStdString();
+    EXPECT_TRUE(QFileInfo::exists(QDir(dir.path()).filePath(uri))) << "referenced where it is";
 }
 
 } // namespace
