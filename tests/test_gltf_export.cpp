@@ -211,10 +211,12 @@ TEST_F(GltfExportTest, SkinsEachBodyPartWhollyToItsBone) {
     auto *chest = node<OvBone>("chest", grid(2, 3), hip);
     hip->setOrigin(OvVec3(0, 50, 0));
     chest->setOrigin(OvVec3(0, 150, 0));
+    node<OvBone>("hand", nullptr, chest);
     ASSERT_TRUE(exportAndLoad());
     ASSERT_EQ(model.skins.size(), 1u);
     const tinygltf::Skin &skin = model.skins[0];
-    EXPECT_EQ(skin.joints, (std::vector<int>{nodeNamed("hip"), nodeNamed("chest")}));
+    EXPECT_EQ(skin.joints, (std::vector<int>{nodeNamed("hip"), nodeNamed("chest"), nodeNamed("hand")}));
+    EXPECT_TRUE(result.notes.join(' ').contains("bone hand has no shape"));
     const std::vector<float> ibm = floats(skin.inverseBindMatrices);
     EXPECT_FLOAT_EQ(ibm[16 + 13], -1.5f) << "the chest's bind matrix moves its origin back to 0";
     EXPECT_NEAR(model.nodes[size_t(nodeNamed("chest"))].translation[1], 1.0, 1e-6);
