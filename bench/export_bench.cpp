@@ -86,6 +86,7 @@ int main(int argc, char **argv) {
                 meshes, morphs, double(data) / 1e6, runs);
     std::printf("import %.4f s, export %.4f s: export/import %.2f (target <= 0.5)\n", tImport, tExport,
                 tExport / tImport);
-    std::printf("export peak +%.1f MB: over the data %.2f (target <= 1.5)\n", peakMB, peakMB * 1e6 / double(data));
+    std::printf("export peak +%.1f MB: over the data %.2f (target <= 1.5)\n", peakMB,
+                peakMB * 1e6 / double(data));
     return 0;
 }
