@@ -39,13 +39,20 @@ GltfExportResult exportGltf(const OvScene &scene, const QString &path, int time)
     const ModelBuild build = buildModel(model, scene, time, path, binary);
     result.notes = build.notes;
     result.errors = build.errors;
-    if (!build.errors.isEmpty())
+    auto removeSideFiles = [&] {
+        for (const QString &f : build.sideFiles)
+            QFile::remove(f);
+    };
+    if (!build.errors.isEmpty()) {
+        removeSideFiles();
         return result;
+    }
     const QFileInfo out(path);
     const QString binFile =
         out.absolutePath() + QLatin1Char('/') + out.completeBaseName() + QStringLiteral(".bin");
     if (!binary) {
         if (const QString why = unwritable(binFile); !why.isEmpty()) {
+            removeSideFiles();
             result.errors << why;
             return result;
         }
@@ -58,6 +65,7 @@ GltfExportResult exportGltf(const OvScene &scene, const QString &path, int time)
         QFile::remove(path);
         if (!binary)
             QFile::remove(binFile);
+        removeSideFiles();
         result.errors << QStringLiteral("cannot write %1").arg(path);
         return result;
     }

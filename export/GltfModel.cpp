@@ -248,6 +248,7 @@ ModelBuild buildModel(tinygltf::Model &model, const OvScene &scene, int time, co
     MaterialWriter materials(builder.buffer(), outFile, embed);
     builder.meshes(materials);
     report.notes << materials.notes();
+    report.sideFiles = materials.sideFiles();
     if (report.errors.isEmpty() && model.meshes.empty())
         report.errors << QStringLiteral("the scene has no faces to export");
     if (!report.errors.isEmpty()) {

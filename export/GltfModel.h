@@ -11,6 +11,7 @@ struct ModelBuild {
     bool ok = true;
     QStringList errors;
     QStringList notes;
+    QStringList sideFiles; // images written beside a .gltf, removed again when the export fails
 };
 
 // `outFile` tells where images referenced from a .gltf go; `embed` puts them into the buffer.
