@@ -1,5 +1,6 @@
 // ovimport: a headless host. It loads the importer plug-in the way the desktop host does, runs one
 // import into its scene and prints the log and the resulting scene.
+#include "GltfExport.h"
 #include "PluginHost.h"
 #include "SceneDump.h"
 
@@ -27,6 +28,8 @@ const char *const kUsage =
     "                       SwapYZ=true, IncludeG=false, IncludeVT, IncludeUsemtl, IncludeMtllib, Preset\n"
     "  --json OUT           write the whole scene and the log as JSON to OUT ('-' for stdout,\n"
     "                       which replaces the tree); format: docs/scene-json.md\n"
+    "  --gltf OUT           write the scene as glTF 2.0 to OUT (.glb, or .gltf with a .bin beside it);\n"
+    "                       docs/gltf-export.md says what is written\n"
     "  --no-mesh-data       leave vertex, UV, face and group lists out of the JSON (counts stay)\n"
     "  --no-tree            do not print the tree\n"
     "  --frame N            show property values at frame N (tree and JSON) instead of at the\n"
@@ -59,6 +62,16 @@ int usageError(const QString &message) {
     return 2;
 }
 
+// Exports the scene; false (after saying why) when nothing could be written.
+bool writeGltf(const OvScene &scene, const QString &path, int time) {
+    const GltfExportResult r = exportGltf(scene, path, time);
+    for (const QString &note : r.notes)
+        std::fprintf(stderr, "note: glTF: %s\n", qPrintable(note));
+    for (const QString &error : r.errors)
+        std::fprintf(stderr, "ovimport: glTF export failed: %s\n", qPrintable(error));
+    return r.ok;
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
@@ -68,7 +81,7 @@ int main(int argc, char **argv) {
 
     HostOptions opts;
     opts.pluginPath = QCoreApplication::applicationDirPath() + QStringLiteral("/PoserImporters.so");
-    QString jsonOut, file;
+    QString jsonOut, gltfOut, file;
     bool tree = true, listOnly = false, meshData = true;
     int frame = -1;
     OvContentDropOptions drop; // lives as long as the content manager points at it
@@ -99,6 +112,9 @@ int main(int argc, char **argv) {
         } else if (a == QLatin1String("--json")) {
             if (!next(jsonOut))
                 return usageError(QStringLiteral("--json needs a file name or -"));
+        } else if (a == QLatin1String("--gltf")) {
+            if (!next(gltfOut))
+                return usageError(QStringLiteral("--gltf needs a file name"));
         } else if (a == QLatin1String("--frame")) {
             bool ok = false;
             frame = next(v) ? v.toInt(&ok) : -1;
@@ -196,6 +212,9 @@ int main(int argc, char **argv) {
             writeSceneJson(f, *scene, report);
         }
     }
+    if (!gltfOut.isEmpty() &&
+        !writeGltf(*scene, gltfOut, frame >= 0 ? frame * scene->getTimeStep() : scene->getTime()))
+        return 1;
     if (tree) {
         QTextStream out(stdout);
         writeSceneTree(out, *scene, frame);
