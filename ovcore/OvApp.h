@@ -2,6 +2,7 @@
 // Application services of the host: status line, progress, log, content folders, images, help,
 // the main window (null in a headless host) and the scene.
 
+#include "OvMath.h"
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -69,7 +70,32 @@ public:
     static void reset();
 };
 
-class OvContentDropOptions;
+class OvNode;
+
+// How a drag-and-drop import places what it brings: the node it was dropped on, what to do with it
+// there, and the point it was dropped at.
+class OvContentDropOptions {
+public:
+    enum DropMode {
+        Automatic = 0,
+        FollowTargetFigure = 1,
+        ParentToTarget = 2,
+        Conform = 3,
+        PlaceAtPoint = 4
+    };
+
+    OvNode *getTargetNode() const { return m_target; }
+    void setTargetNode(OvNode *node) { m_target = node; }
+    DropMode getDropMode() const { return m_mode; }
+    void setDropMode(DropMode mode) { m_mode = mode; }
+    const OvVec3 &getPoint() const { return m_point; }
+    void setPoint(const OvVec3 &point) { m_point = point; }
+
+private:
+    OvNode *m_target = nullptr;
+    DropMode m_mode = Automatic;
+    OvVec3 m_point;
+};
 
 // The host's list of Poser content folders, in search order.
 class OvContentMgr {
