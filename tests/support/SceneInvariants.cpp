@@ -131,6 +131,14 @@ private:
             pending.push_back(child);
         }
         // A bone may end up outside its skeleton: a parent line may name a prop of the same name.
+        // Wherever it is, its nearest figure knows it by name.
+        const OvSkeleton *figure = qobject_cast<const OvSkeleton *>(&node);
+        if (!figure && node.getNodeParent())
+            figure = node.getNodeParent()->getSkeleton();
+        const OvBone *named = figure && node.inherits("OvBone") ? figure->findBone(node.getName()) : nullptr;
+        if (node.getSkeleton() != figure || (node.inherits("OvBone") && figure && !named) ||
+            (named && named->getName() != node.getName()))
+            problems << where + QStringLiteral(": its figure does not know it");
         checkProperties(where, node);
         if (const OvObject *object = node.getObject())
             checkObject(where, *object);
