@@ -3,7 +3,7 @@
 // 16x that size. Prints the whole import and the link resolution at its end, each also per block;
 // both should grow linearly (bones are found by name in constant time while reading and after).
 //
-//   erc_bench [RUNS]
+//   erc_bench [RUNS] [SCALE...]   (the scales 1, 4 and 16 by default; one alone suits callgrind)
 #include "BenchSupport.h"
 
 #include <OvApp.h>
@@ -13,6 +13,7 @@
 #include <QTemporaryDir>
 #include <algorithm>
 #include <poser/OvPZ3Importer.h>
+#include <vector>
 
 namespace {
 
@@ -80,7 +81,12 @@ int main(int argc, char **argv) {
     std::printf("%6s %8s %9s %9s %10s %13s %14s %16s\n", "size", "valueOps", "deferred", "linkParms",
                 "import s", "per valueOp us", "resolution s", "per link us");
     double first = 0;
-    for (int scale : {1, 4, 16}) {
+    std::vector<int> scales;
+    for (int i = 2; i < argc; ++i)
+        scales.push_back(std::max(1, atoi(argv[i])));
+    if (scales.empty())
+        scales = {1, 4, 16};
+    for (int scale : scales) {
         const QString path = dir.filePath(QStringLiteral("erc%1.cr2").arg(scale));
         QFile f(path);
         if (!f.open(QIODevice::WriteOnly) || f.write(figure(scale)) < 0)
@@ -88,7 +94,7 @@ int main(int argc, char **argv) {
         f.close();
         const Result r = measure(path, runs);
         const int ops = 2000 * scale, deferred = 500 * scale - kDeferred, pairs = 50 * scale;
-        if (scale == 1)
+        if (first == 0)
             first = r.resolve;
         std::printf("%5dx %8d %9d %9d %10.4f %13.3f %14.6f %16.3f   (%.1fx the 1x time)%s\n", scale, ops,
                     deferred, pairs, r.import, r.import * 1e6 / ops, r.resolve,
