@@ -10,6 +10,7 @@
 #include <OvApp.h>
 #include <OvAudio.h>
 #include <OvDeformers.h>
+#include <OvIKChains.h>
 #include <OvLight.h>
 #include <OvMaterial.h>
 #include <OvModifiers.h>
@@ -186,6 +187,7 @@ public:
 
 private:
     void nodeRef(const OvNode *node);
+    void ikChains(const OvPoserIKChains &chains);
     void jointParam(const OvPoserJointParam &p);
     void writeProperty(const OvProperty &p);
     void writeController(const OvController &c);
@@ -298,6 +300,10 @@ void JsonSceneWriter::camera(const OvBasicCamera &camera) {
 }
 
 void JsonSceneWriter::dataItem(const OvElementData &d) {
+    if (auto *chains = dynamic_cast<const OvPoserIKChains *>(&d)) {
+        ikChains(*chains);
+        return;
+    }
     m_w.beginObject(Layout::Line);
     m_w.field("class", d.className());
     m_w.field("name", d.getName());
@@ -310,6 +316,37 @@ void JsonSceneWriter::dataItem(const OvElementData &d) {
         else
             m_w.value(g->getGroupName());
     }
+    m_w.endObject();
+}
+
+// The only data item written as a block: a chain a block, a link a line.
+void JsonSceneWriter::ikChains(const OvPoserIKChains &chains) {
+    m_w.beginObject();
+    m_w.field("class", chains.className());
+    m_w.field("name", chains.getName());
+    m_w.key("chains");
+    m_w.beginArray();
+    for (int i = 0; i < chains.getNumChains(); ++i) {
+        const OvPoserIKChain &chain = *chains.getChain(i);
+        m_w.beginObject();
+        m_w.field("name", chain.getName());
+        m_w.field("label", chain.getLabel());
+        m_w.field("active", chain.isActive());
+        m_w.key("links");
+        m_w.beginArray();
+        for (int l = 0; l < chain.getNumLinks(); ++l) {
+            m_w.beginObject(Layout::Line);
+            m_w.key("node");
+            nodeRef(chain.getLink(l).node);
+            m_w.field("weight", chain.getLink(l).weight);
+            m_w.endObject();
+        }
+        m_w.endArray();
+        m_w.key("goal");
+        nodeRef(chain.getGoal());
+        m_w.endObject();
+    }
+    m_w.endArray();
     m_w.endObject();
 }
 

@@ -8,6 +8,7 @@
 
 #include <OvAudio.h>
 #include <OvDeformers.h>
+#include <OvIKChains.h>
 #include <OvLight.h>
 #include <OvMaterial.h>
 #include <OvModifiers.h>
@@ -149,6 +150,7 @@ private:
         m_indent.fill(QLatin1Char(' '), qsizetype(2 * std::min(depth, JsonWriter::kMaxIndentLevels)));
     }
     QString nodeRef(const OvNode *node) const;
+    void writeIKChains(const OvPoserIKChains &chains);
     void writeJointParam(const OvPoserJointParam &p);
     void writeProperty(const OvProperty &p);
     void writeController(const OvController &c);
@@ -229,6 +231,27 @@ void TreeWriter::dataItem(const OvElementData &d) {
     if (auto *g = dynamic_cast<const OvGeomSourceFileData *>(&d); g && !g->getGroupName().isNull())
         m_out << ", group " << quoted(g->getGroupName());
     m_out << "\n";
+    if (auto *chains = dynamic_cast<const OvPoserIKChains *>(&d))
+        writeIKChains(*chains);
+}
+
+// One line a chain, one level further in: `ik chain "NAME" label "…" (on|off): links "A" 1, "B" 0.5;
+// goal "C"`.
+void TreeWriter::writeIKChains(const OvPoserIKChains &chains) {
+    indent();
+    for (int i = 0; i < chains.getNumChains(); ++i) {
+        const OvPoserIKChain &chain = *chains.getChain(i);
+        QStringList links;
+        for (int l = 0; l < chain.getNumLinks(); ++l)
+            links << nodeRef(chain.getLink(l).node) + QLatin1Char(' ') + num(chain.getLink(l).weight);
+        m_out << m_indent << "ik chain " << quoted(chain.getName());
+        if (chain.getLabel() != chain.getName())
+            m_out << " label " << quoted(chain.getLabel());
+        m_out << (chain.isActive() ? " (on)" : " (off)") << ": links "
+              << (links.isEmpty() ? QStringLiteral("none") : links.join(QLatin1String(", "))) << "; goal "
+              << nodeRef(chain.getGoal()) << "\n";
+    }
+    outdent();
 }
 
 void TreeWriter::writeProperty(const OvProperty &p) {

@@ -146,7 +146,8 @@ OvNode::OvNode() {
 }
 
 // Descendants are deleted leaves first from a list, not by recursion, so that a hierarchy of any
-// depth can be deleted; each arrives at its destructor without children.
+// depth can be deleted; each arrives at its destructor without children, and without a skeleton
+// whose bone index it would have to leave (a figure above this node keeps an index that is right).
 OvNode::~OvNode() {
     std::vector<OvNode *> below;
     for (size_t i = 0; i < m_children.size(); ++i)
@@ -157,6 +158,13 @@ OvNode::~OvNode() {
         n->m_parent = nullptr;
         below.insert(below.end(), n->m_children.begin(), n->m_children.end());
         n->m_children.clear();
+    }
+    OvSkeleton *above = m_skeleton == this ? nullptr : m_skeleton;
+    for (OvNode *n : below) {
+        if (above && n->m_skeleton == above)
+            if (auto *bone = qobject_cast<OvBone *>(n))
+                above->unindexBone(bone, bone->getName());
+        n->m_skeleton = nullptr;
     }
     for (size_t i = below.size(); i-- > 0;)
         delete below[i];
@@ -175,20 +183,47 @@ bool OvNode::addNodeChild(OvNode *child, bool) {
         return false;
     if (child->m_parent == this)
         return true;
+    // Taken from its parent without leaving its figure first: a move within a figure changes no index.
     if (child->m_parent)
-        child->m_parent->removeNodeChild(child);
+        child->m_parent->detach(child);
     child->m_parent = this;
     m_children.push_back(child);
+    child->joinSkeleton(m_skeleton);
     return true;
 }
 
 bool OvNode::removeNodeChild(OvNode *child, bool) {
+    if (!detach(child))
+        return false;
+    child->joinSkeleton(nullptr);
+    return true;
+}
+
+bool OvNode::detach(OvNode *child) {
     auto it = std::find(m_children.begin(), m_children.end(), child);
     if (it == m_children.end())
         return false;
     m_children.erase(it);
     child->m_parent = nullptr;
     return true;
+}
+
+void OvNode::joinSkeleton(OvSkeleton *skeleton) {
+    // A figure keeps its own bones; a node that stays with its figure changes nothing below it.
+    if (m_skeleton == this || m_skeleton == skeleton)
+        return;
+    forEachNode(this, [skeleton](OvNode *n) {
+        if (n->m_skeleton == n)
+            return false;
+        if (auto *bone = qobject_cast<OvBone *>(n)) {
+            if (n->m_skeleton)
+                n->m_skeleton->unindexBone(bone, bone->getName());
+            if (skeleton)
+                skeleton->indexBone(bone);
+        }
+        n->m_skeleton = skeleton;
+        return true;
+    });
 }
 
 // Each node's own children are looked at before any grandchild below them.
@@ -205,13 +240,6 @@ OvNode *OvNode::findNodeChild(const QString &name, bool recursive) const {
         return recursive;
     });
     return found;
-}
-
-OvSkeleton *OvNode::getSkeleton() const {
-    for (const OvNode *n = this; n; n = n->m_parent)
-        if (auto *s = qobject_cast<OvSkeleton *>(const_cast<OvNode *>(n)))
-            return s;
-    return nullptr;
 }
 
 // At the scene's current time: keyed positions follow their keys.

@@ -9,6 +9,7 @@
 #include "OvPropertyGroups.h"
 #include "OvShape.h"
 #include <memory>
+#include <utility>
 #include <vector>
 
 class OvSkeleton;
@@ -25,7 +26,11 @@ public:
     ~OvElement() override;
 
     const QString &getName() const { return m_name; }
-    void setName(const QString &name) { m_name = name; }
+    void setName(const QString &name) {
+        const QString old = std::exchange(m_name, name);
+        if (old != m_name)
+            nameChanged(old);
+    }
     const QString &getLabel() const { return m_label; }
     void setLabel(const QString &label);
     // Every live element with this label (any order), so that label lookups need not walk a scene.
@@ -55,6 +60,10 @@ public:
     // How the properties are grouped for the user; made on first use.
     OvPropertyGroupTree *getPropertyGroups();
     const OvPropertyGroupTree *findPropertyGroups() const { return m_groups.get(); }
+
+protected:
+    // After setName changed the name (lookups by name follow it).
+    virtual void nameChanged(const QString & /*oldName*/) {}
 
 private:
     QString m_name;
@@ -127,8 +136,9 @@ public:
     bool isAncestorOf(const OvNode *node) const;
     // The descendant with this object name (depth first); only direct children unless recursive.
     OvNode *findNodeChild(const QString &name, bool recursive = true) const;
-    // The nearest skeleton at or above this node, or null.
-    OvSkeleton *getSkeleton() const;
+    // The nearest skeleton at or above this node, or null; kept as nodes move, so asking costs
+    // nothing however deep the node hangs.
+    OvSkeleton *getSkeleton() const { return m_skeleton; }
 
     OvObject *getObject() const { return m_object.get(); }
     // Takes ownership; replaces any previous object.
@@ -176,7 +186,16 @@ public:
     OvBox3 getWSBoundingBox() const;
 
 private:
+    friend class OvSkeleton;
+    // After this node moved below a node whose nearest skeleton is `skeleton` (or out of any):
+    // this node and those below it, up to a figure of their own, follow, and so do the
+    // skeletons' bone indexes.
+    void joinSkeleton(OvSkeleton *skeleton);
+    // Takes the child out of the list (false when it is not there); its skeleton stays.
+    bool detach(OvNode *child);
+
     OvNode *m_parent = nullptr;
+    OvSkeleton *m_skeleton = nullptr; // this node itself for a skeleton
     std::vector<OvNode *> m_children;
     std::unique_ptr<OvObject> m_object;
     OvVec3 m_origin, m_endPoint;

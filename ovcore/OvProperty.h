@@ -107,6 +107,10 @@ public:
     virtual int getKeyTime(int) const { return 0; }
     virtual OvInterpolation getKeyInterpolation(int) const { return OvInterpolation::Spline; }
     virtual void deleteKey(int) {}
+    void deleteAllKeys() {
+        for (int i = getNumKeys(); i-- > 0;)
+            deleteKey(i);
+    }
 
 private:
     QString m_name;

@@ -1,6 +1,20 @@
 #include "OvSkeleton.h"
 
-OvSkeleton::OvSkeleton() : m_follow(addProperty(new OvSkeletonProperty(QStringLiteral("Follow")))) {}
+OvBone::~OvBone() {
+    if (OvSkeleton *skeleton = getSkeleton())
+        skeleton->unindexBone(this, getName());
+}
+
+void OvBone::nameChanged(const QString &oldName) {
+    if (OvSkeleton *skeleton = getSkeleton()) {
+        skeleton->unindexBone(this, oldName);
+        skeleton->indexBone(this);
+    }
+}
+
+OvSkeleton::OvSkeleton() : m_follow(addProperty(new OvSkeletonProperty(QStringLiteral("Follow")))) {
+    m_skeleton = this;
+}
 
 // A figure parented to one of this figure's nodes keeps its own bones.
 static void collectBones(const OvNode *root, QList<OvBone *> &out) {
@@ -16,6 +30,11 @@ static void collectBones(const OvNode *root, QList<OvBone *> &out) {
 }
 
 OvBone *OvSkeleton::findBone(const QString &name) const {
+    const auto [first, end] = m_bonesNamed.equal_range(name);
+    if (first == end)
+        return nullptr;
+    if (std::next(first) == end)
+        return *first;
     for (OvBone *b : getAllBones())
         if (b->getName() == name)
             return b;

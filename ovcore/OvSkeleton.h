@@ -2,11 +2,16 @@
 // Figures: a skeleton node whose bones (descendants) carry the body parts.
 
 #include "OvNode.h"
+#include <QMultiHash>
 
 class OvBone : public OvNode {
     Q_OBJECT
 public:
     OvBone() = default;
+    ~OvBone() override;
+
+protected:
+    void nameChanged(const QString &oldName) override;
 };
 
 class OvSkeleton : public OvNode {
@@ -14,7 +19,9 @@ class OvSkeleton : public OvNode {
 public:
     OvSkeleton();
 
-    // The first bone of getAllBones with this object name.
+    // The first bone of getAllBones with this object name. Constant time: bones are indexed by
+    // name as they join, leave or are renamed; only a name that several bones share is looked up
+    // in walk order.
     OvBone *findBone(const QString &name) const;
     // Every bone below the skeleton, depth first in child order; a figure parented below keeps its own.
     QList<OvBone *> getAllBones() const;
@@ -33,6 +40,12 @@ public:
     const std::vector<Weld> &getWelds() const { return m_welds; }
 
 private:
+    friend class OvNode;
+    friend class OvBone;
+    void indexBone(OvBone *bone) { m_bonesNamed.insert(bone->getName(), bone); }
+    void unindexBone(OvBone *bone, const QString &name) { m_bonesNamed.remove(name, bone); }
+
     OvSkeletonProperty *m_follow;
     std::vector<Weld> m_welds;
+    QMultiHash<QString, OvBone *> m_bonesNamed; // the bones whose nearest skeleton this is
 };

@@ -152,6 +152,8 @@ public:
                        const QString &channelName, float scalar, int type, OvERCLink *placeHolder,
                        bool deferIfMissing);
     void resolveLinkParm(const OvPz3LinkParm &record);
+    // Records a linkParms pair for the end of the import.
+    void addLinkParm(OvNode *master, const QString &masterParm, OvNode *slave, const QString &slaveParm);
     // The numeric property a Poser channel name stands for on `node`: channel records first, then
     // morphs by name, properties by label, morphs by label.
     OvNumericProperty *findLinkProperty(OvNode *node, const QString &channelName);
@@ -203,6 +205,7 @@ protected:
     static const KeywordRow s_versionKeywords[];
     static const KeywordRow s_materialKeywords[];
     static const KeywordRow s_figureKeywords[];
+    static const KeywordRow s_inkyChainKeywords[];
     static const KeywordRow s_channelBodyKeywords[];
     static const KeywordRow s_targetGeomKeywords[];
     static const KeywordRow s_parmChannelKeywords[];
@@ -265,10 +268,28 @@ protected:
     bool movieSoundFile(char **argv, int argc);
     // Whether a sound named by the file replaces the one the scene has.
     bool askReplaceAudio();
+    bool parseInkyChainLine(char **argv, int argc);
 
     // ---- keyword handlers: figure and material sections ----
     bool figRoot(char **argv, int argc);
+    bool figWeld(char **argv, int argc);
     bool figMaterial(char **argv, int argc);
+    bool figConforming(char **argv, int argc);
+    bool figInkyChain(char **argv, int argc);
+    bool figSubdivision(char **argv, int argc);
+    bool figLinkParms(char **argv, int argc);
+    // The node the next line names (all of it), or null; false at the end of the input.
+    bool nextLineNode(char **argv, int &argc, OvNode *&node);
+    // The rest of the line from token `first` as a figure-qualified node name, or null.
+    OvNode *nodeNamed(char **argv, int first, int argc) { return findNode(tokenText(argv, first, argc)); }
+
+    // ---- keyword handlers: IK chains ----
+    bool ikOn(char **argv, int argc);
+    bool ikOff(char **argv, int argc);
+    bool ikName(char **argv, int argc);
+    bool ikAddLink(char **argv, int argc);
+    bool ikGoal(char **argv, int argc);
+    bool ikLinkWeight(char **argv, int argc);
     template <void (OvDefaultMaterial::*Set)(const QColor &)> bool matColor(char **argv, int argc);
     bool matAmbientColor(char **argv, int argc);
     bool matNsExponent(char **argv, int argc);

@@ -33,7 +33,7 @@ const OvPZ3Importer::ModeHandler OvPZ3Importer::s_modeHandlers[ModeCount] = {
     &OvPZ3Importer::parseDeltaLine,       // ModeDeltas       morph deltas
     &OvPZ3Importer::parseJointParam,      // ModeJointParm    joint-parameter body
     &OvPZ3Importer::parseAltGeom,         // ModeAltGeom      alternate geometry
-    nullptr,                              // ModeInkyChain    IK chain
+    &OvPZ3Importer::parseInkyChainLine,   // ModeInkyChain    IK chain
     &OvPZ3Importer::parseParmChannelBody, // ModeParmChannel deformer channel body
     &OvPZ3Importer::parseGroupsLine,      // ModeGroups       channel groups
     &OvPZ3Importer::parseGroupNodeLine,   // ModeGroupNode    channel group node

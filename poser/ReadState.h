@@ -30,6 +30,7 @@ class OvMorph;
 class OvPoserJointParam;
 class OvNumericProperty;
 class OvERCLink;
+class OvPoserIKChain;
 
 // A morph found or made in this import, with the node whose object carries it.
 struct OvPz3MorphItem {
@@ -158,6 +159,7 @@ struct Pz3ReadState {
     OvProperty *m_curProperty = nullptr;
     OvPoserJointParam *m_curJointParam = nullptr; // the joint parameter whose body is being read
     OvMaterial *m_material = nullptr;
+    OvPoserIKChain *m_curIKChain = nullptr;     // chain of the last inkyChain section; owned by its figure
     OvPz3GeomItem *m_curGeom = nullptr;         // geometry of the last figureResFile or alternate objFile
     OvPz3BinMorph *m_curBinMorphFile = nullptr; // record of the last morphBinaryFile
     OvPz3MorphItem *m_curMorph = nullptr;       // morph of the last targetGeom channel
@@ -187,9 +189,6 @@ struct Pz3ReadState {
     std::vector<std::unique_ptr<OvPz3BinMorph>> m_binMorphs;               // one per resolved path
     OvTArray<OvPz3ERCLink> m_ercLinks{8};                                  // in file order
     OvTArray<OvPz3LinkParm> m_linkParms{8};                                // in file order
-    // Bones by name per skeleton, made while the links are resolved at the end (nodes no longer change).
-    QHash<const OvNode *, QHash<QString, OvNode *>> m_boneIndex;
-    bool m_resolvingLinks = false;
     qint64 m_linkResolveNanos = 0;              // how long the end of the import took to resolve them
     const OvPz3ERCLink *m_linkRecord = nullptr; // the record being resolved, for its messages
     QList<OvLight *> m_lights;

@@ -102,17 +102,7 @@ OvNode *OvPZ3Importer::findControlNode(OvNode *root, const QString &name) {
         return getNode(root, name);
     if (name == QLatin1String("BODY"))
         return root;
-    if (!m_resolvingLinks)
-        return skeleton->findBone(name);
-    // At the end of the import nodes no longer change: each skeleton is listed once.
-    auto index = m_boneIndex.find(root);
-    if (index == m_boneIndex.end()) {
-        index = m_boneIndex.insert(root, {});
-        for (OvBone *bone : skeleton->getAllBones())
-            if (!index->contains(bone->getName()))
-                index->insert(bone->getName(), bone);
-    }
-    return index->value(name);
+    return skeleton->findBone(name);
 }
 
 OvNumericProperty *OvPZ3Importer::findLinkProperty(OvNode *node, const QString &channelName) {
@@ -272,7 +262,6 @@ void OvPZ3Importer::reportLinkInfo(const QString &message) {
 void OvPZ3Importer::resolveDeferredLinks() {
     QElapsedTimer clock;
     clock.start();
-    m_resolvingLinks = true;
     QStringList unresolved;
     for (int i = 0; i < m_ercLinks.size(); ++i) {
         const OvPz3ERCLink record = m_ercLinks[i];
@@ -291,8 +280,6 @@ void OvPZ3Importer::resolveDeferredLinks() {
         resolveLinkParm(m_linkParms[i]);
     m_ercLinks.clear();
     m_linkParms.clear();
-    m_boneIndex.clear();
-    m_resolvingLinks = false;
     m_linkResolveNanos = clock.nsecsElapsed();
     if (unresolved.isEmpty())
         return;

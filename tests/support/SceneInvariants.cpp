@@ -1,6 +1,7 @@
 #include "SceneInvariants.h"
 
 #include <OvDeformers.h>
+#include <OvIKChains.h>
 #include <OvModifiers.h>
 #include <OvMorph.h>
 #include <OvNode.h>
@@ -130,6 +131,14 @@ private:
             pending.push_back(child);
         }
         // A bone may end up outside its skeleton: a parent line may name a prop of the same name.
+        // Wherever it is, its nearest figure knows it by name.
+        const OvSkeleton *figure = qobject_cast<const OvSkeleton *>(&node);
+        if (!figure && node.getNodeParent())
+            figure = node.getNodeParent()->getSkeleton();
+        const OvBone *named = figure && node.inherits("OvBone") ? figure->findBone(node.getName()) : nullptr;
+        if (node.getSkeleton() != figure || (node.inherits("OvBone") && figure && !named) ||
+            (named && named->getName() != node.getName()))
+            problems << where + QStringLiteral(": its figure does not know it");
         checkProperties(where, node);
         if (const OvObject *object = node.getObject())
             checkObject(where, *object);
@@ -139,12 +148,30 @@ private:
             for (const OvSkeleton::Weld &weld : skeleton->getWelds())
                 if (!linkAlive(weld.bone) || !linkAlive(weld.target))
                     problems << where + QStringLiteral(": weld to a node not in the scene");
+        checkIKChains(where, node);
         if (auto *dform = qobject_cast<const OvDForm *>(&node)) {
             if (!linkAlive(dform->getBase()))
                 problems << where + QStringLiteral(": deformer base not in the scene");
             for (const OvDFormZone *zone : dform->getZones())
                 if (!zone || !linkAlive(zone))
                     problems << where + QStringLiteral(": deformer zone not in the scene");
+        }
+    }
+
+    // Every link of a chain is a node of the scene (a deleted one reads null); a goal is one or none.
+    void checkIKChains(const QString &where, const OvNode &node) {
+        for (int i = 0; i < node.getNumDataItems(); ++i) {
+            auto *chains = dynamic_cast<const OvPoserIKChains *>(node.getDataItem(i));
+            for (int c = 0; chains && c < chains->getNumChains(); ++c) {
+                const OvPoserIKChain &chain = *chains->getChain(c);
+                for (int l = 0; l < chain.getNumLinks(); ++l)
+                    if (!chain.getLink(l).node || !linkAlive(chain.getLink(l).node))
+                        problems << where + QStringLiteral(": IK chain \"%1\" links a node not in the scene")
+                                                .arg(chain.getName());
+                if (!linkAlive(chain.getGoal()))
+                    problems << where + QStringLiteral(": IK chain \"%1\" aims at a node not in the scene")
+                                            .arg(chain.getName());
+            }
         }
     }
 
