@@ -37,6 +37,7 @@ QMultiHash<QString, OvElement *> &labelIndex() {
 } // namespace
 
 OvElement::~OvElement() {
+    OvUndoStack::forget(this);
     if (!m_label.isEmpty())
         labelIndex().remove(m_label, this);
 }
@@ -44,6 +45,7 @@ OvElement::~OvElement() {
 void OvElement::setLabel(const QString &label) {
     if (label == m_label)
         return;
+    OvUndoStack::noteElement(this);
     if (!m_label.isEmpty())
         labelIndex().remove(m_label, this);
     m_label = label;
@@ -175,6 +177,7 @@ bool OvNode::addNodeChild(OvNode *child, bool) {
         return false;
     if (child->m_parent == this)
         return true;
+    OvUndoStack::notePlacement(child);
     if (child->m_parent)
         child->m_parent->removeNodeChild(child);
     child->m_parent = this;
@@ -186,9 +189,18 @@ bool OvNode::removeNodeChild(OvNode *child, bool) {
     auto it = std::find(m_children.begin(), m_children.end(), child);
     if (it == m_children.end())
         return false;
+    OvUndoStack::notePlacement(child);
     m_children.erase(it);
     child->m_parent = nullptr;
     return true;
+}
+
+void OvNode::insertNodeChild(OvNode *child, int index) {
+    if (!child || child->m_parent || child == this)
+        return;
+    index = std::clamp(index, 0, int(m_children.size()));
+    child->m_parent = this;
+    m_children.insert(m_children.begin() + index, child);
 }
 
 // Each node's own children are looked at before any grandchild below them.
