@@ -13,10 +13,11 @@ int OvUndoStack::s_liveStacks = 0;
 
 namespace {
 
-// Stacks that hold steps (or have one open): the ones a destroyed thing may be named in.
+// Stacks that hold steps (or have one open): the ones a destroyed thing may be named in. Never
+// destroyed: the application's scene, a static, may go after it.
 std::vector<OvUndoStack *> &liveStacks() {
-    static std::vector<OvUndoStack *> stacks;
-    return stacks;
+    static auto *stacks = new std::vector<OvUndoStack *>;
+    return *stacks;
 }
 
 class UndoRecord {
