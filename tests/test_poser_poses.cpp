@@ -12,6 +12,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QPointer>
 #include <QProcess>
 #include <QPushButton>
 #include <QTimer>
@@ -206,10 +207,10 @@ TEST_F(Poses, UndoPutsBackEveryValueKeyLimitAndRange) {
     OvApp::setHeadlessAnswer(OvApp::AnswerYes); // lengthen the ranges
     ASSERT_TRUE(readOk("a.pz2", channels("hip:1", keyed("rotateX xrot", "k 0 3\nk 5 4\n"))));
     const QString before = dump();
-    const QByteArray pose =
-        channels("hip:1", keyed("rotateX xrot", "k 0 7\nk 60 8\n", "min -5\nmax 5\nforceLimits 1\n")) +
-        channels("BODY:1", keyed("valueParm wave", "k 10 1\n")) +
-        channels("rHand:1", "rotateY yrot\n{\nhidden 1\n}\n");
+    const QByteArray pose = channels("hip:1", keyed("rotateX xrot", "k 0 7\nk 60 8\n",
+                                                    "initValue 2\nmin -5\nmax 5\nforceLimits 1\n")) +
+                            channels("BODY:1", keyed("valueParm wave", "k 10 1\n")) +
+                            channels("rHand:1", "rotateY yrot\n{\nhidden 1\n}\n");
     ASSERT_TRUE(readOk("b.pz2", pose));
     ASSERT_NE(dump(), before);
     EXPECT_EQ(scene()->undoSteps(), QStringList({"\"a.pz2\"", "\"b.pz2\""}));
@@ -258,6 +259,7 @@ TEST_F(Poses, HoldsMakeOneStepOrNoneAndUndoSurvivesWhatWentSince) {
     const QString before = dump();
     auto *doomed = new OvNode;
     scene()->addNode(doomed);
+    QPointer<OvNode> made;
     {
         OvUndoStackHold outer;
         {
@@ -268,16 +270,21 @@ TEST_F(Poses, HoldsMakeOneStepOrNoneAndUndoSurvivesWhatWentSince) {
         }
         scene()->setTime(7 * Step);
         doomed->getXPosControl()->setValue(3.0f);
-        fig->findBone("lHand")->addNodeChild(new OvNode); // made in the step
+        made = new OvNode; // made in the step
+        fig->findBone("lHand")->addNodeChild(made);
         scene()->removeNode(fig);
         box->addNodeChild(fig);
+        scene()->addNode(new OvDistantLight); // made and removed in the step
+        scene()->removeAllLights();
         outer.accept("outer");
     }
     EXPECT_EQ(scene()->undoSteps(), QStringList{"outer"}) << "nested holds join the outer one";
     scene()->removeNode(doomed);
     delete doomed; // goes after the step that touched it
     EXPECT_TRUE(scene()->undo());
-    EXPECT_EQ(dump(), before) << "the figure back at the top, first; the value, the time; no new node";
+    EXPECT_EQ(dump(), before) << "the figure back at the top, first; the value, the time";
+    EXPECT_TRUE(made.isNull()) << "the node made in the step is deleted";
+    EXPECT_EQ(scene()->topLevelIndex(box), 1);
 }
 
 // The command-line host on the bundled doll and its poses.
