@@ -55,9 +55,9 @@ QString dump() {
     return text;
 }
 
-// Chooses `node` in the next node dialog, as a user would click it and press OK; `listed` gets the
-// number of nodes the dialog showed.
-void chooseInNodeDialog(OvNode *node, int *listed) {
+// Chooses `node` in the next node dialog, as a user would click it and press OK; `listed` says how
+// many nodes the dialog showed, and how many at the top of its tree.
+void chooseInNodeDialog(OvNode *node, QString *listed) {
     auto *timer = new QTimer;
     QObject::connect(timer, &QTimer::timeout, [timer, node, listed] {
         auto *dialog = qobject_cast<OvNodeDlg *>(QApplication::activeModalWidget());
@@ -66,9 +66,10 @@ void chooseInNodeDialog(OvNode *node, int *listed) {
         timer->stop();
         timer->deleteLater();
         auto *tree = dialog->findChild<QTreeWidget *>();
-        *listed = 0;
+        int count = 0;
         for (QTreeWidgetItemIterator it(tree); *it; ++it)
-            ++*listed;
+            ++count;
+        *listed = QStringLiteral("%1 nodes, %2 at the top").arg(count).arg(tree->topLevelItemCount());
         dialog->setNode(node);
         dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click();
     });
@@ -107,10 +108,10 @@ TEST_F(Poses, SetsNeedNoTargetAndAPoseAsksForOneThatCancelLeavesAlone) {
               "OvNodeDlg: Select an item from the scene");
     EXPECT_EQ(failures(answerer), "");
 
-    int listed = -1;
+    QString listed;
     chooseInNodeDialog(fig, &listed);
     EXPECT_TRUE(readOk("p.pz2", pose));
-    EXPECT_EQ(listed, 6) << "the figure, its three bones, the light and the camera";
+    EXPECT_EQ(listed, "6 nodes, 3 at the top") << "the figure with its three bones, the light, the camera";
     EXPECT_EQ(scene()->getPrimarySelection(), fig);
     EXPECT_EQ(rotations(fig->findBone("hip")), "5 0 0");
 }
