@@ -116,8 +116,12 @@ static bool applyOption(OvFileIOSettings &settings, const QString &assignment, Q
 
 ImportOutcome PluginHost::import(const QString &file, const HostOptions &options) {
     ImportOutcome outcome;
-    for (const QString &dir : options.contentDirs)
-        OvApp::getContentMgr()->addPoserDirectory(QFileInfo(dir).absoluteFilePath());
+    // Imports of one run share the folders: each is added once.
+    for (const QString &dir : options.contentDirs) {
+        const QString path = QFileInfo(dir).absoluteFilePath();
+        if (!OvApp::getContentMgr()->poserDirectories().contains(path))
+            OvApp::getContentMgr()->addPoserDirectory(path);
+    }
     std::unique_ptr<OvImporter> importer(importerFor(file, &outcome.importer));
     if (!importer) {
         outcome.usageProblem = true;

@@ -597,6 +597,41 @@ void movieJson(JsonWriter &w, const OvScene &scene) {
     w.endObject();
 }
 
+void writeLog(JsonWriter &w, const QList<OvApp::LogEntry> &log) {
+    w.beginArray();
+    for (const OvApp::LogEntry &e : log) {
+        w.beginObject(Layout::Line);
+        w.field("level", e.level == OvApp::LogError ? "error" : "info");
+        w.field("text", e.text);
+        w.endObject();
+    }
+    w.endArray();
+}
+
+// Each file of a run of several, and what --undo undid.
+void writeImports(JsonWriter &w, const ImportReport &report) {
+    if (report.imports.size() > 1 || report.undoAsked) {
+        w.key("imports");
+        w.beginArray();
+        for (const ImportRecord &r : report.imports) {
+            w.beginObject();
+            w.field("file", r.file);
+            w.field("result", r.result);
+            w.key("log");
+            writeLog(w, r.log);
+            w.endObject();
+        }
+        w.endArray();
+    }
+    if (report.undoAsked) {
+        w.key("undo");
+        w.beginObject(Layout::Line);
+        w.field("undone", !report.undoneStep.isEmpty());
+        w.field("step", report.undoneStep);
+        w.endObject();
+    }
+}
+
 } // namespace
 
 void writeSceneJson(QIODevice &out, const OvScene &scene, const ImportReport &report) {
@@ -604,14 +639,14 @@ void writeSceneJson(QIODevice &out, const OvScene &scene, const ImportReport &re
     w.beginObject();
     w.field("result", report.result);
     w.key("log");
-    w.beginArray();
-    for (const OvApp::LogEntry &e : OvApp::log()) {
-        w.beginObject(Layout::Line);
-        w.field("level", e.level == OvApp::LogError ? "error" : "info");
-        w.field("text", e.text);
-        w.endObject();
+    QList<OvApp::LogEntry> log = OvApp::log();
+    if (!report.imports.isEmpty()) {
+        log.clear();
+        for (const ImportRecord &r : report.imports)
+            log += r.log;
     }
-    w.endArray();
+    writeLog(w, log);
+    writeImports(w, report);
     w.key("scene");
     w.beginObject();
     w.field("time", scene.getTime());

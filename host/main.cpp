@@ -5,6 +5,7 @@
 #include "SceneDump.h"
 
 #include <OvApp.h>
+#include <OvNode.h>
 #include <OvScene.h>
 #include <OvTextInputFile.h>
 #include <QCoreApplication>
@@ -16,16 +17,22 @@
 namespace {
 
 const char *const kUsage =
-    "usage: ovimport [options] FILE\n"
+    "usage: ovimport [options] FILE [[--select NAME] [--at-frame N] FILE]...\n"
     "\n"
-    "Imports FILE (a Poser file or a Wavefront OBJ) through the importer plug-in into an empty scene,\n"
-    "prints the import log to stderr and the resulting scene as a tree to stdout.\n"
+    "Imports each FILE (a Poser file or a Wavefront OBJ) in turn through the importer plug-in into one\n"
+    "scene, which starts empty, prints the import log to stderr and the resulting scene as a tree to\n"
+    "stdout.\n"
     "\n"
     "options:\n"
     "  --plugin PATH        importer plug-in to load (default: PoserImporters.so next to ovimport)\n"
     "  --content DIR        add a Poser content folder (repeatable; searched in the order given)\n"
     "  --option KEY=VALUE   override one of the importer's default options, e.g. Scale=100,\n"
     "                       SwapYZ=true, IncludeG=false, IncludeVT, IncludeUsemtl, IncludeMtllib, Preset\n"
+    "  --select NAME        select the node the following files (poses, hand poses...) apply to: the\n"
+    "                       first node labelled NAME, else the first one named NAME; a figure is\n"
+    "                       selected by its label or its name\n"
+    "  --at-frame N         set the scene's current frame to N before the next import\n"
+    "  --undo               undo the last import (a pose, a light or camera set) before printing\n"
     "  --json OUT           write the whole scene and the log as JSON to OUT ('-' for stdout,\n"
     "                       which replaces the tree); format: docs/scene-json.md\n"
     "  --gltf OUT           write the scene as glTF 2.0 to OUT (.glb, or .gltf with a .bin beside it);\n"
@@ -36,9 +43,10 @@ const char *const kUsage =
     "                       scene's current time\n"
     "  --answer ANSWER      answer the questions the import asks with yes, no or cancel (default:\n"
     "                       the host's default, as a host without a window cannot ask); the log\n"
-    "                       says what was asked and answered\n"
+    "                       says what was asked and answered. The hand question takes yes for the\n"
+    "                       right hand, no for the left\n"
     "  --drop-at X,Y,Z      import as if dropped at that point of the scene (host units): what the\n"
-    "                       file creates moves there, and at height 0 comes to rest on the floor\n"
+    "                       files create moves there, and at height 0 comes to rest on the floor\n"
     "  --list-importers     list the plug-in's importers and exit\n"
     "  --debug              also print the importers' debug traces\n"
     "  --max-expansion N    stop a compressed file whose text grows past N times its compressed\n"
@@ -46,7 +54,7 @@ const char *const kUsage =
     "  --max-text-mb N      stop a compressed file whose text grows past N MB (default 4096)\n"
     "  --help               show this text\n"
     "\n"
-    "exit status: 0 when the import succeeded, 1 when it failed, 2 on a usage or plug-in error.\n";
+    "exit status: 0 when every import succeeded, 1 when one failed, 2 on a usage or plug-in error.\n";
 
 bool g_debug = false;
 
@@ -72,6 +80,224 @@ bool writeGltf(const OvScene &scene, const QString &path, int time) {
     return r.ok;
 }
 
+// One file to import, with the selection and frame to set up before it.
+struct FileStep {
+    QString file;
+    QString select;
+    int atFrame = -1;
+};
+
+struct RunOptions {
+    HostOptions host;
+    QString jsonOut, gltfOut;
+    OvContentDropOptions drop; // lives as long as the content manager points at it
+    bool tree = true, listOnly = false, meshData = true, undo = false;
+    int frame = -1;
+    QList<FileStep> files;
+};
+
+bool setAnswer(const QString &v) {
+    static const char *const answers[] = {"yes", "no", "cancel"};
+    static const OvApp::Answer codes[] = {OvApp::AnswerYes, OvApp::AnswerNo, OvApp::AnswerCancel};
+    for (int k = 0; k < 3; ++k)
+        if (v == QLatin1String(answers[k])) {
+            OvApp::setHeadlessAnswer(codes[k]);
+            return true;
+        }
+    return false;
+}
+
+bool setLimit(const QString &a, const QString &v) {
+    bool ok = false;
+    const double n = v.toDouble(&ok);
+    if (!ok || n < 1)
+        return false;
+    OvTextInputFile::Limits limits = OvTextInputFile::limits();
+    if (a == QLatin1String("--max-expansion"))
+        limits.maxExpansion = n;
+    else
+        limits.maxTextBytes = qint64(n * 1048576.0);
+    OvTextInputFile::setLimits(limits);
+    return true;
+}
+
+// Options that take a value; false with `error` set when the value is missing or wrong.
+bool valueOption(const QString &a, const QString &v, bool present, RunOptions &o, FileStep &pending,
+                 QString &error) {
+    bool ok = true;
+    int n = -1;
+    if (a == QLatin1String("--plugin")) {
+        o.host.pluginPath = v;
+    } else if (a == QLatin1String("--content")) {
+        o.host.contentDirs.append(v);
+    } else if (a == QLatin1String("--option")) {
+        ok = v.contains(QLatin1Char('='));
+        o.host.options.append(v);
+    } else if (a == QLatin1String("--json")) {
+        o.jsonOut = v;
+    } else if (a == QLatin1String("--gltf")) {
+        o.gltfOut = v;
+    } else if (a == QLatin1String("--drop-at")) {
+        const QStringList xyz = v.split(QLatin1Char(','));
+        ok = xyz.size() == 3;
+        OvVec3 point;
+        for (int k = 0; ok && k < 3; ++k)
+            point[k] = xyz[k].toFloat(&ok);
+        if (ok) {
+            o.drop = OvContentDropOptions(nullptr, OvContentDropOptions::PlaceAtPoint, point);
+            OvApp::getContentMgr()->setContentDropOptions(&o.drop);
+        }
+    } else if (a == QLatin1String("--select")) {
+        ok = !v.isEmpty();
+        pending.select = v;
+    } else if (a == QLatin1String("--frame") || a == QLatin1String("--at-frame")) {
+        n = v.toInt(&ok);
+        ok = ok && n >= 0;
+        (a == QLatin1String("--frame") ? o.frame : pending.atFrame) = n;
+    } else if (a == QLatin1String("--answer")) {
+        ok = setAnswer(v);
+    } else {
+        ok = setLimit(a, v);
+    }
+    static const QHash<QString, QString> needs = {{"--plugin", "a path"},
+                                                  {"--content", "a folder"},
+                                                  {"--option", "KEY=VALUE"},
+                                                  {"--json", "a file name or -"},
+                                                  {"--gltf", "a file name"},
+                                                  {"--drop-at", "a point X,Y,Z"},
+                                                  {"--select", "a node name"},
+                                                  {"--frame", "a frame number of 0 or more"},
+                                                  {"--at-frame", "a frame number of 0 or more"},
+                                                  {"--answer", "yes, no or cancel"},
+                                                  {"--max-expansion", "a number of at least 1"},
+                                                  {"--max-text-mb", "a number of at least 1"}};
+    if (!ok || !present)
+        error = QStringLiteral("%1 needs %2").arg(a, needs.value(a));
+    return ok && present;
+}
+
+// -1 when the arguments are fine, else the exit status.
+int parseArgs(const QStringList &args, RunOptions &o) {
+    static const QStringList withValue = {"--plugin",   "--content", "--option",        "--json",
+                                          "--gltf",     "--drop-at", "--select",        "--frame",
+                                          "--at-frame", "--answer",  "--max-expansion", "--max-text-mb"};
+    FileStep pending;
+    for (int i = 1; i < args.size(); ++i) {
+        const QString &a = args[i];
+        if (a == QLatin1String("--help") || a == QLatin1String("-h")) {
+            std::fputs(kUsage, stdout);
+            return 0;
+        } else if (withValue.contains(a)) {
+            const bool present = i + 1 < args.size();
+            QString error;
+            if (!valueOption(a, present ? args[++i] : QString(), present, o, pending, error))
+                return usageError(error);
+        } else if (a == QLatin1String("--no-tree")) {
+            o.tree = false;
+        } else if (a == QLatin1String("--no-mesh-data")) {
+            o.meshData = false;
+        } else if (a == QLatin1String("--list-importers")) {
+            o.listOnly = true;
+        } else if (a == QLatin1String("--debug")) {
+            g_debug = true;
+        } else if (a == QLatin1String("--undo")) {
+            o.undo = true;
+        } else if (a.startsWith(QLatin1String("--"))) {
+            return usageError(QStringLiteral("unknown option %1").arg(a));
+        } else {
+            pending.file = a;
+            o.files.append(pending);
+            pending = FileStep();
+        }
+    }
+    if (!pending.select.isEmpty() || pending.atFrame >= 0)
+        return usageError(QStringLiteral("--select and --at-frame apply to a file that follows them"));
+    return -1;
+}
+
+// The first node labelled `name` (depth first), else the first one whose object name it is.
+OvNode *findNode(const OvScene &scene, const QString &name) {
+    if (OvNode *labelled = scene.findNodeByLabel(name))
+        return labelled;
+    OvNode *found = nullptr;
+    for (int i = 0; i < scene.getNumNodes() && !found; ++i)
+        forEachNode(scene.getNode(i), [&](OvNode *n) {
+            if (!found && n->getName() == name)
+                found = n;
+            return !found;
+        });
+    return found;
+}
+
+void printLog(const QList<OvApp::LogEntry> &log) {
+    for (const OvApp::LogEntry &e : log)
+        std::fprintf(stderr, "%s: %s\n", e.level == OvApp::LogError ? "error" : "info", qPrintable(e.text));
+}
+
+// Imports the files in order; -1 when every import ran, else the exit status.
+// `stepsBeforeLast` counts the undo steps before the last import, so --undo can tell whether it made one.
+int importAll(PluginHost &host, const RunOptions &o, ImportReport &report, int *stepsBeforeLast) {
+    OvScene *scene = OvApp::getScene();
+    for (const FileStep &step : o.files) {
+        if (!step.select.isEmpty()) {
+            OvNode *node = findNode(*scene, step.select);
+            if (!node)
+                return usageError(QStringLiteral("--select %1: no node of the scene is labelled or named so")
+                                      .arg(step.select));
+            scene->setPrimarySelection(node);
+        }
+        if (step.atFrame >= 0)
+            scene->setTime(step.atFrame * scene->getTimeStep());
+        OvApp::clearLog();
+        *stepsBeforeLast = int(scene->undoSteps().size());
+        const ImportOutcome outcome = host.import(step.file, o.host);
+        printLog(OvApp::log());
+        if (!outcome.ran) {
+            std::fprintf(stderr, "ovimport: %s\n", qPrintable(outcome.message));
+            return outcome.usageProblem ? 2 : 1;
+        }
+        report.imports.append({step.file, outcome.result, OvApp::log()});
+        if (outcome.result != 0) {
+            std::fprintf(stderr, "ovimport: importing %s failed: %s\n", qPrintable(step.file),
+                         qPrintable(describeResult(outcome.result)));
+            if (report.result == 0)
+                report.result = outcome.result;
+        }
+    }
+    return -1;
+}
+
+// Undoes the last import when it made an undo step.
+void undoLastImport(int stepsBefore, ImportReport &report) {
+    OvScene *scene = OvApp::getScene();
+    report.undoAsked = true;
+    const QString caption = scene->undoSteps().value(scene->undoSteps().size() - 1);
+    if (scene->undoSteps().size() > stepsBefore && scene->undo()) {
+        report.undoneStep = caption;
+        std::fprintf(stderr, "ovimport: undid %s\n", qPrintable(caption));
+    } else {
+        std::fprintf(stderr, "ovimport: --undo: the last import made no undo step; nothing was undone\n");
+    }
+}
+
+int writeJson(const QString &jsonOut, const ImportReport &report) {
+    const OvScene &scene = *OvApp::getScene();
+    if (jsonOut == QLatin1String("-")) {
+        QFile out;
+        out.open(stdout, QIODevice::WriteOnly);
+        writeSceneJson(out, scene, report);
+        return -1;
+    }
+    QFile f(jsonOut);
+    if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+        std::fprintf(stderr, "ovimport: cannot write %s: %s\n", qPrintable(jsonOut),
+                     qPrintable(f.errorString()));
+        return 2;
+    }
+    writeSceneJson(f, scene, report);
+    return -1;
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
@@ -79,150 +305,43 @@ int main(int argc, char **argv) {
     QCoreApplication app(argc, argv);
     qInstallMessageHandler(messageHandler);
 
-    HostOptions opts;
-    opts.pluginPath = QCoreApplication::applicationDirPath() + QStringLiteral("/PoserImporters.so");
-    QString jsonOut, gltfOut, file;
-    bool tree = true, listOnly = false, meshData = true;
-    int frame = -1;
-    OvContentDropOptions drop; // lives as long as the content manager points at it
-    QStringList args = app.arguments();
-    for (int i = 1; i < args.size(); ++i) {
-        const QString &a = args[i];
-        auto next = [&](QString &into) {
-            if (i + 1 >= args.size())
-                return false;
-            into = args[++i];
-            return true;
-        };
-        QString v;
-        if (a == QLatin1String("--help") || a == QLatin1String("-h")) {
-            std::fputs(kUsage, stdout);
-            return 0;
-        } else if (a == QLatin1String("--plugin")) {
-            if (!next(opts.pluginPath))
-                return usageError(QStringLiteral("--plugin needs a path"));
-        } else if (a == QLatin1String("--content")) {
-            if (!next(v))
-                return usageError(QStringLiteral("--content needs a folder"));
-            opts.contentDirs.append(v);
-        } else if (a == QLatin1String("--option")) {
-            if (!next(v) || !v.contains(QLatin1Char('=')))
-                return usageError(QStringLiteral("--option needs KEY=VALUE"));
-            opts.options.append(v);
-        } else if (a == QLatin1String("--json")) {
-            if (!next(jsonOut))
-                return usageError(QStringLiteral("--json needs a file name or -"));
-        } else if (a == QLatin1String("--gltf")) {
-            if (!next(gltfOut))
-                return usageError(QStringLiteral("--gltf needs a file name"));
-        } else if (a == QLatin1String("--frame")) {
-            bool ok = false;
-            frame = next(v) ? v.toInt(&ok) : -1;
-            if (!ok || frame < 0)
-                return usageError(QStringLiteral("--frame needs a frame number of 0 or more"));
-        } else if (a == QLatin1String("--answer")) {
-            static const char *const answers[] = {"yes", "no", "cancel"};
-            static const OvApp::Answer codes[] = {OvApp::AnswerYes, OvApp::AnswerNo, OvApp::AnswerCancel};
-            int which = -1;
-            if (next(v))
-                for (int k = 0; k < 3; ++k)
-                    if (v == QLatin1String(answers[k]))
-                        which = k;
-            if (which < 0)
-                return usageError(QStringLiteral("--answer needs yes, no or cancel"));
-            OvApp::setHeadlessAnswer(codes[which]);
-        } else if (a == QLatin1String("--drop-at")) {
-            const QStringList xyz = next(v) ? v.split(QLatin1Char(',')) : QStringList();
-            bool ok = xyz.size() == 3;
-            OvVec3 point;
-            for (int k = 0; ok && k < 3; ++k)
-                point[k] = xyz[k].toFloat(&ok);
-            if (!ok)
-                return usageError(QStringLiteral("--drop-at needs a point X,Y,Z"));
-            drop = OvContentDropOptions(nullptr, OvContentDropOptions::PlaceAtPoint, point);
-            OvApp::getContentMgr()->setContentDropOptions(&drop);
-        } else if (a == QLatin1String("--no-tree")) {
-            tree = false;
-        } else if (a == QLatin1String("--no-mesh-data")) {
-            meshData = false;
-        } else if (a == QLatin1String("--list-importers")) {
-            listOnly = true;
-        } else if (a == QLatin1String("--debug")) {
-            g_debug = true;
-        } else if (a == QLatin1String("--max-expansion") || a == QLatin1String("--max-text-mb")) {
-            bool ok = false;
-            const double n = next(v) ? v.toDouble(&ok) : 0.0;
-            if (!ok || n < 1)
-                return usageError(QStringLiteral("%1 needs a number of at least 1").arg(a));
-            OvTextInputFile::Limits limits = OvTextInputFile::limits();
-            if (a == QLatin1String("--max-expansion"))
-                limits.maxExpansion = n;
-            else
-                limits.maxTextBytes = qint64(n * 1048576.0);
-            OvTextInputFile::setLimits(limits);
-        } else if (a.startsWith(QLatin1String("--"))) {
-            return usageError(QStringLiteral("unknown option %1").arg(a));
-        } else if (file.isEmpty()) {
-            file = a;
-        } else {
-            return usageError(QStringLiteral("only one file can be imported at a time"));
-        }
-    }
+    RunOptions o;
+    o.host.pluginPath = QCoreApplication::applicationDirPath() + QStringLiteral("/PoserImporters.so");
+    if (const int status = parseArgs(app.arguments(), o); status >= 0)
+        return status;
 
     PluginHost host;
     QString error;
-    if (!host.load(opts.pluginPath, &error)) {
+    if (!host.load(o.host.pluginPath, &error)) {
         std::fprintf(stderr, "ovimport: %s\n", qPrintable(error));
         return 2;
     }
-    if (listOnly) {
+    if (o.listOnly) {
         QTextStream out(stdout);
         host.listImporters(out);
         return 0;
     }
-    if (file.isEmpty())
+    if (o.files.isEmpty())
         return usageError(QStringLiteral("no file to import"));
 
-    ImportOutcome outcome = host.import(file, opts);
-    for (const OvApp::LogEntry &e : OvApp::log())
-        std::fprintf(stderr, "%s: %s\n", e.level == OvApp::LogError ? "error" : "info", qPrintable(e.text));
-    if (!outcome.ran) {
-        std::fprintf(stderr, "ovimport: %s\n", qPrintable(outcome.message));
-        return outcome.usageProblem ? 2 : 1;
-    }
-
+    ImportReport report;
+    report.includeMeshData = o.meshData;
+    report.frame = o.frame;
     OvScene *scene = OvApp::getScene();
-    if (!jsonOut.isEmpty()) {
-        ImportReport report;
-        report.result = outcome.result;
-        report.includeMeshData = meshData;
-        report.frame = frame;
-        if (jsonOut == QLatin1String("-")) {
-            QFile out;
-            out.open(stdout, QIODevice::WriteOnly);
-            writeSceneJson(out, *scene, report);
-            tree = false;
-        } else {
-            QFile f(jsonOut);
-            if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
-                std::fprintf(stderr, "ovimport: cannot write %s: %s\n", qPrintable(jsonOut),
-                             qPrintable(f.errorString()));
-                return 2;
-            }
-            writeSceneJson(f, *scene, report);
-        }
-    }
-    if (!gltfOut.isEmpty() &&
-        !writeGltf(*scene, gltfOut, frame >= 0 ? frame * scene->getTimeStep() : scene->getTime()))
+    int stepsBeforeLast = 0;
+    if (const int status = importAll(host, o, report, &stepsBeforeLast); status >= 0)
+        return status;
+    if (o.undo)
+        undoLastImport(stepsBeforeLast, report);
+    if (!o.jsonOut.isEmpty())
+        if (const int status = writeJson(o.jsonOut, report); status >= 0)
+            return status;
+    if (!o.gltfOut.isEmpty() &&
+        !writeGltf(*scene, o.gltfOut, o.frame >= 0 ? o.frame * scene->getTimeStep() : scene->getTime()))
         return 1;
-    if (tree) {
+    if (o.tree && o.jsonOut != QLatin1String("-")) {
         QTextStream out(stdout);
-        writeSceneTree(out, *scene, frame);
+        writeSceneTree(out, *scene, o.frame);
     }
-    if (outcome.result != 0) {
-        std::fprintf(stderr, "ovimport: importing %s failed: %s\n", qPrintable(file),
-                     qPrintable(describeResult(outcome.result)));
-        return 1;
-    }
-    return 0;
+    return report.result != 0 ? 1 : 0;
 }

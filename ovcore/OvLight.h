@@ -40,7 +40,10 @@ public:
     bool isPerspective() const { return m_type == 6; }
     OvFloatProperty *getFocalLengthChannel() const { return m_focalLength; }
     float getFocalDistance() const { return m_focalDistance; }
-    void setFocalDistance(float d) { m_focalDistance = d; }
+    void setFocalDistance(float d) {
+        OvUndoStack::noteElement(this);
+        m_focalDistance = d;
+    }
 
 private:
     int m_type;

@@ -37,6 +37,7 @@ QMultiHash<QString, OvElement *> &labelIndex() {
 } // namespace
 
 OvElement::~OvElement() {
+    OvUndoStack::forget(this);
     if (!m_label.isEmpty())
         labelIndex().remove(m_label, this);
 }
@@ -44,6 +45,7 @@ OvElement::~OvElement() {
 void OvElement::setLabel(const QString &label) {
     if (label == m_label)
         return;
+    OvUndoStack::noteElement(this);
     if (!m_label.isEmpty())
         labelIndex().remove(m_label, this);
     m_label = label;
@@ -183,6 +185,7 @@ bool OvNode::addNodeChild(OvNode *child, bool) {
         return false;
     if (child->m_parent == this)
         return true;
+    OvUndoStack::notePlacement(child);
     // Taken from its parent without leaving its figure first: a move within a figure changes no index.
     if (child->m_parent)
         child->m_parent->detach(child);
@@ -203,6 +206,7 @@ bool OvNode::detach(OvNode *child) {
     auto it = std::find(m_children.begin(), m_children.end(), child);
     if (it == m_children.end())
         return false;
+    OvUndoStack::notePlacement(child);
     m_children.erase(it);
     child->m_parent = nullptr;
     return true;
@@ -224,6 +228,15 @@ void OvNode::joinSkeleton(OvSkeleton *skeleton) {
         n->m_skeleton = skeleton;
         return true;
     });
+}
+
+void OvNode::insertNodeChild(OvNode *child, int index) {
+    if (!child || child->m_parent || child == this)
+        return;
+    index = std::clamp(index, 0, int(m_children.size()));
+    child->m_parent = this;
+    m_children.insert(m_children.begin() + index, child);
+    child->joinSkeleton(m_skeleton);
 }
 
 // Each node's own children are looked at before any grandchild below them.

@@ -27,6 +27,7 @@ public:
 
     const QString &getName() const { return m_name; }
     void setName(const QString &name) {
+        OvUndoStack::noteElement(this);
         const QString old = std::exchange(m_name, name);
         if (old != m_name)
             nameChanged(old);
@@ -133,6 +134,8 @@ public:
     bool addNodeChild(OvNode *child, bool keepWorldPosition = false);
     // Gives up ownership; the caller then owns the child.
     bool removeNodeChild(OvNode *child, bool keepWorldPosition = false);
+    // Puts a child without a parent back at `index` among the children (undo uses it).
+    void insertNodeChild(OvNode *child, int index);
     bool isAncestorOf(const OvNode *node) const;
     // The descendant with this object name (depth first); only direct children unless recursive.
     OvNode *findNodeChild(const QString &name, bool recursive = true) const;
@@ -146,13 +149,25 @@ public:
 
     // Joint placement, in host units.
     const OvVec3 &getOrigin() const { return m_origin; }
-    void setOrigin(const OvVec3 &v) { m_origin = v; }
+    void setOrigin(const OvVec3 &v) {
+        OvUndoStack::noteElement(this);
+        m_origin = v;
+    }
     const OvVec3 &getEndPoint() const { return m_endPoint; }
-    void setEndPoint(const OvVec3 &v) { m_endPoint = v; }
+    void setEndPoint(const OvVec3 &v) {
+        OvUndoStack::noteElement(this);
+        m_endPoint = v;
+    }
     const OvQuat &getOrientation() const { return m_orientation; }
-    void setOrientation(const OvQuat &q) { m_orientation = q; }
+    void setOrientation(const OvQuat &q) {
+        OvUndoStack::noteElement(this);
+        m_orientation = q;
+    }
     OvRotationOrder getRotationOrder() const { return m_rotationOrder; }
-    void setRotationOrder(OvRotationOrder order) { m_rotationOrder = order; }
+    void setRotationOrder(OvRotationOrder order) {
+        OvUndoStack::noteElement(this);
+        m_rotationOrder = order;
+    }
 
     // Transform controls.
     OvFloatProperty *getXPosControl() const { return m_pos[0]; }
@@ -174,7 +189,10 @@ public:
     OvBoolProperty *getShadowControl() const { return m_shadow; }
     OvBoolProperty *getSelectabilityControl() const { return m_selectable; }
     bool isHidden() const { return m_hidden; }
-    void setHidden(bool hidden) { m_hidden = hidden; }
+    void setHidden(bool hidden) {
+        OvUndoStack::noteElement(this);
+        m_hidden = hidden;
+    }
 
     // World space: the host composes translations only (rotations do not move children here).
     OvVec3 getWSPos() const;

@@ -7,9 +7,48 @@
 #include <algorithm>
 #include <cmath>
 
+OvProperty::OvProperty(const OvProperty &other)
+    : m_name(other.m_name), m_label(other.m_label), m_hidden(other.m_hidden),
+      m_userProperty(other.m_userProperty), m_canAnimate(other.m_canAnimate), m_owner(other.m_owner),
+      m_path(other.m_path) {}
+
+OvProperty &OvProperty::operator=(const OvProperty &other) {
+    m_name = other.m_name;
+    m_label = other.m_label;
+    m_hidden = other.m_hidden;
+    m_userProperty = other.m_userProperty;
+    m_canAnimate = other.m_canAnimate;
+    m_owner = other.m_owner;
+    m_path = other.m_path;
+    return *this;
+}
+
+OvPropertyState OvProperty::saveState() const {
+    OvPropertyState state;
+    state.copy.reset(cloneState());
+    for (const auto &c : m_controllers)
+        state.controllers.emplace_back(c->clone());
+    return state;
+}
+
+void OvProperty::restoreState(OvPropertyState &state) {
+    const QString path = m_path;
+    assignState(*state.copy);
+    // The group tree follows the path through setPath.
+    if (m_path != path) {
+        const QString wanted = m_path;
+        m_path = path;
+        setPath(wanted);
+    }
+    // Controllers are put back as copies: the ones the step removed may have been deleted.
+    if (!m_controllers.empty() || !state.controllers.empty())
+        m_controllers = std::move(state.controllers);
+}
+
 void OvProperty::insertController(OvController *controller, int position) {
     if (!controller)
         return;
+    OvUndoStack::noteProperty(this);
     if (position < 0 || position >= int(m_controllers.size()))
         m_controllers.emplace_back(controller);
     else
@@ -22,6 +61,7 @@ bool OvProperty::removeController(OvController *controller) {
                      [controller](const std::unique_ptr<OvController> &c) { return c.get() == controller; });
     if (it == m_controllers.end())
         return false;
+    OvUndoStack::noteProperty(this);
     it->release();
     m_controllers.erase(it);
     return true;
@@ -41,6 +81,7 @@ QColor OvColorProperty::getColorValue(int time) const {
 }
 
 void OvProperty::setPath(const QString &path) {
+    OvUndoStack::noteProperty(this);
     if (m_owner)
         m_owner->getPropertyGroups()->place(m_name, m_path, path);
     m_path = path;

@@ -3,6 +3,7 @@
 // element data items (records that importers leave on scene objects).
 
 #include "OvKeys.h"
+#include "OvUndoStack.h"
 #include <QColor>
 #include <QString>
 #include <QStringList>
@@ -21,6 +22,8 @@ class OvController {
 public:
     virtual ~OvController() = default;
     virtual const char *className() const = 0;
+    // A copy, for undo.
+    virtual OvController *clone() const = 0;
     const QString &getName() const { return m_name; }
     void setName(const QString &name) { m_name = name; }
 
@@ -43,6 +46,7 @@ public:
     OvERCLink(OvNumericProperty *property, double scalar, double second)
         : OvERCLink(DeltaAdd, property, scalar, second) {}
     const char *className() const override { return "OvERCLink"; }
+    OvController *clone() const override { return new OvERCLink(*this); }
     // "deltaAdd", "divideInto", ... ("unknown" for a code out of range).
     static const char *typeName(int type);
     int getType() const { return m_type; }
@@ -61,30 +65,68 @@ private:
     double m_second;
 };
 
+class OvProperty;
+
+// The copies of its state that undo takes of each concrete property class.
+#define OV_PROPERTY_STATE(Class)                                                                             \
+protected:                                                                                                   \
+    Class(const Class &) = default;                                                                          \
+    Class &operator=(const Class &) = default;                                                               \
+    OvProperty *cloneState() const override {                                                                \
+        return new Class(*this);                                                                             \
+    }                                                                                                        \
+    void assignState(const OvProperty &other) override {                                                     \
+        *this = static_cast<const Class &>(other);                                                           \
+    }                                                                                                        \
+                                                                                                             \
+public:
+
+// Everything a change can touch in a property, kept by undo (OvUndoStack).
+struct OvPropertyState {
+    std::unique_ptr<OvProperty> copy;
+    std::vector<std::unique_ptr<OvController>> controllers;
+};
+
+// Every setter notes the property with OvUndoStack before it changes anything.
 class OvProperty {
 public:
     explicit OvProperty(const QString &name) : m_name(name), m_label(name) {}
-    virtual ~OvProperty() = default;
-    OvProperty(const OvProperty &) = delete;
-    OvProperty &operator=(const OvProperty &) = delete;
+    virtual ~OvProperty() { OvUndoStack::forget(this); }
     virtual const char *className() const = 0;
+
+    OvPropertyState saveState() const;
+    // Puts back a saved state; its controllers move into the property.
+    void restoreState(OvPropertyState &state);
 
     const QString &getName() const { return m_name; }
     // The label follows the name until it is set on its own.
     void setName(const QString &name) {
+        OvUndoStack::noteProperty(this);
         if (m_label == m_name)
             m_label = name;
         m_name = name;
     }
     const QString &getLabel() const { return m_label; }
-    void setLabel(const QString &label) { m_label = label; }
+    void setLabel(const QString &label) {
+        OvUndoStack::noteProperty(this);
+        m_label = label;
+    }
     bool isHidden() const { return m_hidden; }
-    void setHidden(bool hidden) { m_hidden = hidden; }
+    void setHidden(bool hidden) {
+        OvUndoStack::noteProperty(this);
+        m_hidden = hidden;
+    }
     // A property an importer or user added (the host's own are not), and whether it takes keys.
     bool isUserProperty() const { return m_userProperty; }
-    void setIsUserProperty(bool user) { m_userProperty = user; }
+    void setIsUserProperty(bool user) {
+        OvUndoStack::noteProperty(this);
+        m_userProperty = user;
+    }
     bool canAnimate() const { return m_canAnimate; }
-    void setCanAnimate(bool animate) { m_canAnimate = animate; }
+    void setCanAnimate(bool animate) {
+        OvUndoStack::noteProperty(this);
+        m_canAnimate = animate;
+    }
     OvElement *getOwner() const { return m_owner; }
     void setOwner(OvElement *owner) { m_owner = owner; }
     // The property's group in its owner's group tree ("General/Transforms"); empty for none.
@@ -112,6 +154,13 @@ public:
             deleteKey(i);
     }
 
+protected:
+    // Copies for undo: everything but the controllers, which saveState copies one by one.
+    OvProperty(const OvProperty &other);
+    OvProperty &operator=(const OvProperty &other);
+    virtual OvProperty *cloneState() const = 0;
+    virtual void assignState(const OvProperty &other) = 0;
+
 private:
     QString m_name;
     QString m_label;
@@ -129,10 +178,16 @@ class OvNumericProperty : public OvProperty {
 public:
     using OvProperty::OvProperty;
     bool isClamped() const { return m_clamped; }
-    void setIsClamped(bool clamped) { m_clamped = clamped; }
+    void setIsClamped(bool clamped) {
+        OvUndoStack::noteProperty(this);
+        m_clamped = clamped;
+    }
 
     // Linked properties share one value: this one then shows `master`'s (null unlinks).
-    void linkTo(OvNumericProperty *master) { m_link = master; }
+    void linkTo(OvNumericProperty *master) {
+        OvUndoStack::noteProperty(this);
+        m_link = master;
+    }
     OvNumericProperty *getLinkProperty() const { return m_link; }
     // True when links or controllers take part in the value.
     bool isDriven() const { return m_link || getNumControllers() > 0; }
@@ -146,6 +201,10 @@ public:
     double drivenValueAt(int time) const;
     static constexpr int MaxDriveDepth = 256;
 
+protected:
+    OvNumericProperty(const OvNumericProperty &) = default;
+    OvNumericProperty &operator=(const OvNumericProperty &) = default;
+
 private:
     bool m_clamped = false;
     OvNumericProperty *m_link = nullptr;
@@ -155,6 +214,7 @@ private:
 // sensitivity (value change per unit of mouse drag).
 class OvFloatProperty : public OvNumericProperty {
 public:
+    OV_PROPERTY_STATE(OvFloatProperty)
     static constexpr float Unbounded = std::numeric_limits<float>::infinity();
 
     explicit OvFloatProperty(const QString &name, float value = 0.0f)
@@ -164,9 +224,13 @@ public:
 
     float getValue() const { return m_value; }
     // Held within the limits while the property is clamped.
-    void setValue(float v) { m_value = clamp(v); }
+    void setValue(float v) {
+        OvUndoStack::noteProperty(this);
+        m_value = clamp(v);
+    }
     // A key at `time`; keys take spline interpolation unless told otherwise.
     void setValue(int time, float v, InterpolationType interp = OvInterpolation::Spline) {
+        OvUndoStack::noteProperty(this);
         m_keys.set(time, v, interp);
     }
     // The value at `time`: the keys' curve when there are keys (held within the limits while
@@ -178,27 +242,49 @@ public:
     int getKeyTime(int i) const override { return m_keys.time(i); }
     OvInterpolation getKeyInterpolation(int i) const override { return m_keys.interpolation(i); }
     float getKeyValue(int i) const { return m_keys.value(i); }
-    void setKeyValue(int i, float v) { m_keys.setValueAt(i, v); }
-    void deleteKey(int i) override { m_keys.remove(i); }
+    void setKeyValue(int i, float v) {
+        OvUndoStack::noteProperty(this);
+        m_keys.setValueAt(i, v);
+    }
+    void deleteKey(int i) override {
+        OvUndoStack::noteProperty(this);
+        m_keys.remove(i);
+    }
     const OvKeyTrack<float> &keys() const { return m_keys; }
     float getDefaultValue() const { return m_default; }
     // The value follows its new default.
     void setDefaultValue(float v) {
+        OvUndoStack::noteProperty(this);
         m_default = v;
         setValue(v);
     }
-    void setIntValue(int v) override { setValue(float(v)); }
-    void setIntValue(int time, int v) override { setValue(time, float(v)); }
+    void setIntValue(int v) override {
+        OvUndoStack::noteProperty(this);
+        setValue(float(v));
+    }
+    void setIntValue(int time, int v) override {
+        OvUndoStack::noteProperty(this);
+        setValue(time, float(v));
+    }
     float getMin() const { return m_min; }
-    void setMin(float v) { m_min = v; }
+    void setMin(float v) {
+        OvUndoStack::noteProperty(this);
+        m_min = v;
+    }
     float getMax() const { return m_max; }
-    void setMax(float v) { m_max = v; }
+    void setMax(float v) {
+        OvUndoStack::noteProperty(this);
+        m_max = v;
+    }
     void getMinMax(float &min, float &max) const {
         min = m_min;
         max = m_max;
     }
     float getSensitivity() const { return m_sensitivity; }
-    void setSensitivity(float v) { m_sensitivity = v; }
+    void setSensitivity(float v) {
+        OvUndoStack::noteProperty(this);
+        m_sensitivity = v;
+    }
 
 private:
     float clamp(float v) const { return isClamped() ? std::min(std::max(v, m_min), m_max) : v; }
@@ -219,10 +305,14 @@ private:
 // A float dial that also names a node: the point-at control (weight and target).
 class OvNumericNodeProperty : public OvFloatProperty {
 public:
+    OV_PROPERTY_STATE(OvNumericNodeProperty)
     explicit OvNumericNodeProperty(const QString &name, float value = 0.0f) : OvFloatProperty(name, value) {}
     const char *className() const override { return "OvNumericNodeProperty"; }
     OvNode *getNode() const { return m_node; }
-    void setNode(OvNode *node) { m_node = node; }
+    void setNode(OvNode *node) {
+        OvUndoStack::noteProperty(this);
+        m_node = node;
+    }
 
 private:
     OvNode *m_node = nullptr;
@@ -231,21 +321,29 @@ private:
 // A colour (a light's); components 0 to 1.
 class OvColorProperty : public OvProperty {
 public:
+    OV_PROPERTY_STATE(OvColorProperty)
     explicit OvColorProperty(const QString &name, const QColor &value = Qt::white)
         : OvProperty(name), m_value(value) {}
     const char *className() const override { return "OvColorProperty"; }
     QColor getValue() const { return m_value; }
-    void setValue(const QColor &c) { m_value = c; }
+    void setValue(const QColor &c) {
+        OvUndoStack::noteProperty(this);
+        m_value = c;
+    }
     // Keys interpolate each component; the value stands while there are none.
     QColor getColorValue(int time) const;
     void setColorValue(int time, const QColor &c, OvInterpolation interp = OvInterpolation::Spline) {
+        OvUndoStack::noteProperty(this);
         m_keys.set(time, c.rgb(), interp);
     }
     int getNumKeys() const override { return m_keys.count(); }
     int getKeyTime(int i) const override { return m_keys.time(i); }
     OvInterpolation getKeyInterpolation(int i) const override { return m_keys.interpolation(i); }
     QColor getKeyValue(int i) const { return QColor::fromRgb(m_keys.value(i)); }
-    void deleteKey(int i) override { m_keys.remove(i); }
+    void deleteKey(int i) override {
+        OvUndoStack::noteProperty(this);
+        m_keys.remove(i);
+    }
 
 private:
     OvKeyTrack<QRgb> m_keys;
@@ -254,13 +352,23 @@ private:
 
 class OvIntProperty : public OvNumericProperty {
 public:
+    OV_PROPERTY_STATE(OvIntProperty)
     explicit OvIntProperty(const QString &name, int value = 0) : OvNumericProperty(name), m_value(value) {}
     const char *className() const override { return "OvIntProperty"; }
     int getValue() const { return m_value; }
-    void setValue(int v) { m_value = v; }
-    void setIntValue(int v) override { m_value = v; }
+    void setValue(int v) {
+        OvUndoStack::noteProperty(this);
+        m_value = v;
+    }
+    void setIntValue(int v) override {
+        OvUndoStack::noteProperty(this);
+        m_value = v;
+    }
     // Keys hold until the next one.
-    void setIntValue(int time, int v) override { m_keys.set(time, v, OvInterpolation::Constant); }
+    void setIntValue(int time, int v) override {
+        OvUndoStack::noteProperty(this);
+        m_keys.set(time, v, OvInterpolation::Constant);
+    }
     int getValueAt(int time) const { return isDriven() ? int(drivenValueAt(time)) : keyedValueAt(time); }
     double ownValueAt(int time) const override { return keyedValueAt(time); }
     // Rounded to the nearest whole number within the range.
@@ -269,11 +377,20 @@ public:
     int getKeyTime(int i) const override { return m_keys.time(i); }
     OvInterpolation getKeyInterpolation(int i) const override { return m_keys.interpolation(i); }
     int getKeyValue(int i) const { return m_keys.value(i); }
-    void deleteKey(int i) override { m_keys.remove(i); }
+    void deleteKey(int i) override {
+        OvUndoStack::noteProperty(this);
+        m_keys.remove(i);
+    }
     int getMin() const { return m_min; }
-    void setMin(int v) { m_min = v; }
+    void setMin(int v) {
+        OvUndoStack::noteProperty(this);
+        m_min = v;
+    }
     int getMax() const { return m_max; }
-    void setMax(int v) { m_max = v; }
+    void setMax(int v) {
+        OvUndoStack::noteProperty(this);
+        m_max = v;
+    }
 
 private:
     int keyedValueAt(int time) const { return m_keys.isEmpty() ? m_value : evaluateStepKeys(m_keys, time); }
@@ -286,13 +403,23 @@ private:
 
 class OvBoolProperty : public OvNumericProperty {
 public:
+    OV_PROPERTY_STATE(OvBoolProperty)
     explicit OvBoolProperty(const QString &name, bool value = false)
         : OvNumericProperty(name), m_value(value) {}
     const char *className() const override { return "OvBoolProperty"; }
     bool getValue() const { return m_value; }
-    void setValue(bool v) { m_value = v; }
-    void setIntValue(int v) override { m_value = v != 0; }
-    void setIntValue(int time, int v) override { m_keys.set(time, v != 0, OvInterpolation::Constant); }
+    void setValue(bool v) {
+        OvUndoStack::noteProperty(this);
+        m_value = v;
+    }
+    void setIntValue(int v) override {
+        OvUndoStack::noteProperty(this);
+        m_value = v != 0;
+    }
+    void setIntValue(int time, int v) override {
+        OvUndoStack::noteProperty(this);
+        m_keys.set(time, v != 0, OvInterpolation::Constant);
+    }
     bool getValueAt(int time) const { return isDriven() ? drivenValueAt(time) != 0 : keyedValueAt(time); }
     double ownValueAt(int time) const override { return keyedValueAt(time) ? 1.0 : 0.0; }
     double fitValue(double v) const override { return v != 0 ? 1.0 : 0.0; }
@@ -300,7 +427,10 @@ public:
     int getKeyTime(int i) const override { return m_keys.time(i); }
     OvInterpolation getKeyInterpolation(int i) const override { return m_keys.interpolation(i); }
     bool getKeyValue(int i) const { return m_keys.value(i) != 0; }
-    void deleteKey(int i) override { m_keys.remove(i); }
+    void deleteKey(int i) override {
+        OvUndoStack::noteProperty(this);
+        m_keys.remove(i);
+    }
 
 private:
     bool keyedValueAt(int time) const {
@@ -314,11 +444,15 @@ private:
 // A choice among named items; the value is the index of the chosen one.
 class OvEnumProperty : public OvIntProperty {
 public:
+    OV_PROPERTY_STATE(OvEnumProperty)
     explicit OvEnumProperty(const QString &name) : OvIntProperty(name, 0) {}
     const char *className() const override { return "OvEnumProperty"; }
     int getNumItems() const { return int(m_items.size()); }
     const QStringList &getItems() const { return m_items; }
-    void setItems(const QStringList &items) { m_items = items; }
+    void setItems(const QStringList &items) {
+        OvUndoStack::noteProperty(this);
+        m_items = items;
+    }
 
 private:
     QStringList m_items;
@@ -327,10 +461,14 @@ private:
 // A reference to a skeleton (a figure follows the one it conforms to).
 class OvSkeletonProperty : public OvProperty {
 public:
+    OV_PROPERTY_STATE(OvSkeletonProperty)
     explicit OvSkeletonProperty(const QString &name) : OvProperty(name) {}
     const char *className() const override { return "OvSkeletonProperty"; }
     OvSkeleton *getValue() const { return m_value; }
-    void setValue(OvSkeleton *skeleton) { m_value = skeleton; }
+    void setValue(OvSkeleton *skeleton) {
+        OvUndoStack::noteProperty(this);
+        m_value = skeleton;
+    }
 
 private:
     OvSkeleton *m_value = nullptr;

@@ -2,12 +2,67 @@
 #include "OvAudio.h"
 #include "OvLight.h"
 #include "OvNode.h"
+#include "OvUndoStack.h"
 
 #include <algorithm>
 
+OvScene::OvScene() : m_undo(new OvUndoStack(this)) {}
+
 OvScene::~OvScene() {
+    // The steps go first: the nodes they kept are deleted while the scene can still tell them apart.
+    m_undo.reset();
     for (OvNode *n : m_nodes)
         delete n;
+}
+
+const QStringList &OvScene::undoSteps() const {
+    return m_undo->captions();
+}
+
+bool OvScene::undo() {
+    return m_undo->undo();
+}
+
+void OvScene::setPrimarySelection(OvNode *node) {
+    OvUndoStack::noteScene(this);
+    m_selection = node;
+}
+
+void OvScene::setTime(int t) {
+    OvUndoStack::noteScene(this);
+    m_time = t;
+}
+
+void OvScene::setTimeStep(int step) {
+    OvUndoStack::noteScene(this);
+    m_timeStep = step > 0 ? step : 1;
+}
+
+void OvScene::setAnimRange(const OvTimeRange &r) {
+    OvUndoStack::noteScene(this);
+    m_animRange = r;
+}
+
+void OvScene::setPlayRange(const OvTimeRange &r) {
+    OvUndoStack::noteScene(this);
+    m_playRange = r;
+}
+
+int OvScene::topLevelIndex(const OvNode *node) const {
+    if (!m_position.contains(node))
+        return -1;
+    compact();
+    return int(m_position.value(node));
+}
+
+void OvScene::insertNode(OvNode *node, int index) {
+    if (!node || node->getNodeParent() || m_position.contains(node))
+        return;
+    compact();
+    index = std::clamp(index, 0, int(m_nodes.size()));
+    m_nodes.insert(m_nodes.begin() + index, node);
+    for (size_t i = size_t(index); i < m_nodes.size(); ++i)
+        m_position[m_nodes[i]] = i;
 }
 
 void OvScene::compact() const {
@@ -23,15 +78,18 @@ void OvScene::compact() const {
 void OvScene::addNode(OvNode *node) {
     if (!node || m_position.contains(node))
         return;
+    OvUndoStack::notePlacement(node);
     m_position.insert(node, m_nodes.size());
     m_nodes.push_back(node);
 }
 
 bool OvScene::removeNode(OvNode *node) {
     if (m_selection && node && (m_selection == node || node->isAncestorOf(m_selection)))
-        m_selection = nullptr;
+        setPrimarySelection(nullptr);
     auto it = m_position.find(node);
     if (it != m_position.end()) {
+        OvUndoStack::notePlacement(node);
+        it = m_position.find(node);
         m_nodes[*it] = nullptr;
         ++m_holes;
         m_position.erase(it);
@@ -104,7 +162,8 @@ static int removeFromChildren(OvNode *top, const char *className, OvNode *&selec
             if (selection && (selection == child || child->isAncestorOf(selection)))
                 selection = nullptr;
             parent->removeNodeChild(child);
-            delete child;
+            if (!OvUndoStack::keepRemoved(child))
+                delete child;
             ++removed;
         }
     }
@@ -113,16 +172,20 @@ static int removeFromChildren(OvNode *top, const char *className, OvNode *&selec
 
 int OvScene::removeNodesOfClass(const char *className) {
     compact();
+    OvUndoStack::noteScene(this);
     int removed = 0;
     for (size_t i = m_nodes.size(); i-- > 0;) {
         OvNode *node = m_nodes[i];
         if (node->inherits(className)) {
             if (m_selection && (m_selection == node || node->isAncestorOf(m_selection)))
                 m_selection = nullptr;
+            // Removed from the end, so the holes left so far all lie behind this node.
+            OvUndoStack::notePlacement(node);
             m_nodes[i] = nullptr;
             ++m_holes;
             m_position.remove(node);
-            delete node;
+            if (!OvUndoStack::keepRemoved(node))
+                delete node;
             ++removed;
         } else {
             removed += removeFromChildren(node, className, m_selection);

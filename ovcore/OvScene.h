@@ -10,12 +10,13 @@
 class OvAudioClip;
 class OvNode;
 class OvBasicCamera;
+class OvUndoStack;
 
 class OvScene {
 public:
     static constexpr int TimeUnitsPerSecond = 4800;
 
-    OvScene() = default;
+    OvScene();
     ~OvScene();
     OvScene(const OvScene &) = delete;
     OvScene &operator=(const OvScene &) = delete;
@@ -41,8 +42,13 @@ public:
     // True when the node hangs in this scene (at the top or below).
     bool contains(const OvNode *node) const;
 
+    // The position of a top-level node among the top-level nodes, -1 for any other node.
+    int topLevelIndex(const OvNode *node) const;
+    // Takes ownership of a node without a parent, at `index` among the top-level nodes (undo).
+    void insertNode(OvNode *node, int index);
+
     OvNode *getPrimarySelection() const { return m_selection; }
-    void setPrimarySelection(OvNode *node) { m_selection = node; }
+    void setPrimarySelection(OvNode *node);
 
     // Deletes every light (cameras: every camera) in the scene, wherever it hangs; returns how many.
     int removeAllLights();
@@ -50,18 +56,20 @@ public:
     // Deletes the nodes that inherit `className`, with their children.
     int removeNodesOfClass(const char *className);
 
-    // Undo steps made so far, by caption.
-    const QStringList &undoSteps() const { return m_undoSteps; }
-    void addUndoStep(const QString &caption) { m_undoSteps.append(caption); }
+    // Undo steps made so far, by caption, oldest first.
+    const QStringList &undoSteps() const;
+    OvUndoStack *getUndoStack() const { return m_undo.get(); }
+    // Reverts the last undo step; false when there is none (or a step is still open).
+    bool undo();
 
     int getTime() const { return m_time; }
-    void setTime(int t) { m_time = t; }
+    void setTime(int t);
     int getTimeStep() const { return m_timeStep; }
-    void setTimeStep(int step) { m_timeStep = step > 0 ? step : 1; }
+    void setTimeStep(int step);
     const OvTimeRange &getAnimRange() const { return m_animRange; }
-    void setAnimRange(const OvTimeRange &r) { m_animRange = r; }
+    void setAnimRange(const OvTimeRange &r);
     const OvTimeRange &getPlayRange() const { return m_playRange; }
-    void setPlayRange(const OvTimeRange &r) { m_playRange = r; }
+    void setPlayRange(const OvTimeRange &r);
 
     // The scene's sound and the frame it starts at; null while the scene has none.
     OvAudioClip *getAudio() const { return m_audio.get(); }
@@ -76,7 +84,7 @@ private:
     mutable std::vector<OvNode *> m_nodes;
     mutable size_t m_holes = 0;
     QHash<const OvNode *, size_t> m_position; // where each top-level node is in m_nodes
-    QStringList m_undoSteps;
+    std::unique_ptr<OvUndoStack> m_undo;
     OvNode *m_selection = nullptr;
     int m_time = 0;
     int m_timeStep = TimeUnitsPerSecond / 30;

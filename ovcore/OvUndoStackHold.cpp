@@ -1,6 +1,7 @@
 #include "OvUndoStackHold.h"
 #include "OvApp.h"
 #include "OvScene.h"
+#include "OvUndoStack.h"
 
 namespace {
 int g_openHolds = 0;
@@ -8,19 +9,20 @@ int g_openHolds = 0;
 
 OvUndoStackHold::OvUndoStackHold() {
     ++g_openHolds;
+    OvApp::getScene()->getUndoStack()->open();
 }
 
 OvUndoStackHold::~OvUndoStackHold() {
     --g_openHolds;
+    if (!m_accepted)
+        OvApp::getScene()->getUndoStack()->discard();
 }
 
 void OvUndoStackHold::accept(const QString &caption) {
     if (m_accepted)
         return;
     m_accepted = true;
-    // Only the outermost hold makes a step; inner ones are part of it.
-    if (g_openHolds == 1)
-        OvApp::getScene()->addUndoStep(caption);
+    OvApp::getScene()->getUndoStack()->accept(caption);
 }
 
 int OvUndoStackHold::openHolds() {

@@ -1,8 +1,9 @@
 #pragma once
 #include <QString>
 
-// Groups every scene change made while it lives into one undo step, named when it is accepted. A
-// hold destroyed without accept() leaves no step.
+// Groups every scene change made while it lives into one undo step of the application's scene,
+// named when it is accepted. Nested holds join the outermost one. A hold destroyed without
+// accept() leaves no step: its changes stay in the scene and cannot be undone (OvUndoStack).
 class OvUndoStackHold {
 public:
     OvUndoStackHold();
@@ -13,7 +14,7 @@ public:
     void accept(const QString &caption);
     bool isAccepted() const { return m_accepted; }
 
-    // Holds open right now (nested holds join the outermost one).
+    // Holds open right now.
     static int openHolds();
 
 private:

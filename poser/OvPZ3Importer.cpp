@@ -1,7 +1,10 @@
 #include "OvPZ3Importer.h"
 #include "Pz3InputFile.h"
 
+#include "Questions.h"
+
 #include <OvApp.h>
+#include <OvMainWindow.h>
 #include <OvScene.h>
 #include <OvUndoStackHold.h>
 #include <QFileInfo>
@@ -54,11 +57,43 @@ bool OvPZ3Importer::isCompressedExtension(const QString &ext) {
 }
 
 // Scene, figure, prop and hair files make new objects; every other kind is applied to the
-// selection at the current frame.
-bool OvPZ3Importer::preparePoseTarget(unsigned int &) {
+// selection at the current frame. Nothing is changed before the file is opened: a cancelled
+// question ends the read with the scene as it was.
+bool OvPZ3Importer::preparePoseTarget(unsigned int &result) {
     m_applyToSelection = m_fileType > Pz3FileKind::Hair;
     OvScene *scene = OvApp::getScene();
     m_startFrame = m_applyToSelection ? scene->getTime() / scene->getTimeStep() : 0;
+    if (!m_applyToSelection)
+        return true;
+
+    const bool needsTarget = m_fileType != Pz3FileKind::LightSet && m_fileType != Pz3FileKind::CameraSet;
+    if (needsTarget && !scene->getPrimarySelection()) {
+        OvMainWindow *window = OvApp::getInterface();
+        if (!window) {
+            reportError(tr("Nothing is selected to apply %1 to, and a host without a main window cannot "
+                           "ask for a node; nothing was imported")
+                            .arg(m_fileName));
+            result = ResultOk;
+            return false;
+        }
+        OvNode *chosen = poser::askForNode(window);
+        if (!chosen) {
+            result = ResultOk;
+            return false;
+        }
+        scene->setPrimarySelection(chosen);
+    }
+
+    if (m_fileType == Pz3FileKind::HandPose) {
+        QString said;
+        const int side = poser::askHandSide(said);
+        reportInfo(tr("Asked \"Apply Hand Pose\", answered %1").arg(said));
+        if (side == 2) {
+            result = ResultHandCancelled;
+            return false;
+        }
+        m_handSide = side == 0 ? Pz3HandSide::Right : Pz3HandSide::Left;
+    }
     return true;
 }
 
@@ -91,7 +126,8 @@ unsigned int OvPZ3Importer::read(const QString &fileName, const OvFileIOSettings
     }
     m_file->m_canonicalPath = QFileInfo(fileName).canonicalFilePath();
 
-    // Poses and sets are one undo step; files of an unknown kind are not undone.
+    // Poses and sets are one undo step (the scene's lights and cameras that a set replaces are part
+    // of it); files of an unknown kind are not undone.
     std::unique_ptr<OvUndoStackHold> hold;
     if (m_fileType >= Pz3FileKind::Pose && m_fileType <= Pz3FileKind::HandPose)
         hold.reset(new OvUndoStackHold);

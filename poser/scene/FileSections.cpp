@@ -81,8 +81,14 @@ bool OvPZ3Importer::fileActor(char **argv, int argc) {
         return true;
     m_curFigure =
         m_applyToSelection ? static_cast<OvNode *>(getSelectedSkeleton()) : getSkeleton(figureNumber, true);
-    if (m_curFigure)
-        return openObjectSection(getNode(m_curFigure, name));
+    if (m_curFigure) {
+        OvNode *node = getNode(m_curFigure, name);
+        // A pose adds no body parts; what the figure lacks is skipped, and said.
+        if (!node && m_applyToSelection)
+            reportInfo(tr("The selected figure %1 has no actor \"%2\"; its section is skipped")
+                           .arg(m_curFigure->getLabel(), name));
+        return openObjectSection(node);
+    }
     m_curFigure = getPropNode(name, PropPlain);
     return openObjectSection(m_curFigure);
 }
