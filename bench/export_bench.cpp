@@ -25,9 +25,11 @@ bool import(const char *figure, const char *content) {
     return importer.read(QString::fromLocal8Bit(figure), OvFileIOSettings()) == 0;
 }
 
-// Bytes of every mesh (once each) and of every morph's deltas in the scene; shapes and morphs counted.
+// Bytes of every mesh (once each, with the storage body parts share once) and of every morph's deltas
+// in the scene; shapes and morphs counted.
 size_t sceneDataBytes(int *meshes, int *morphs) {
     QSet<const OvPolyMesh *> seen;
+    QSet<const void *> stores; // vertex and UV storage that body parts read from their figure's mesh
     size_t bytes = 0;
     *meshes = *morphs = 0;
     OvScene *scene = OvApp::getScene();
@@ -39,6 +41,11 @@ size_t sceneDataBytes(int *meshes, int *morphs) {
                     if (!seen.contains(mesh)) {
                         seen.insert(mesh);
                         bytes += mesh->dataBytes();
+                        for (const auto &[store, storeBytes] : mesh->sharedStorages())
+                            if (store && !stores.contains(store)) {
+                                stores.insert(store);
+                                bytes += storeBytes;
+                            }
                         ++*meshes;
                     }
             for (int m = 0; o && m < o->getNumModifiers(); ++m)

@@ -11,7 +11,7 @@ build="${BUILD_DIR:-build}"
 inputs="$build/bench-inputs"
 bench/make_inputs.sh "$inputs" all
 bench/setup_peers.sh "$build"
-cmake --build "$build" --target obj_bench poser_bench figure_bench material_bench morph_bench
+cmake --build "$build" --target obj_bench poser_bench figure_bench material_bench morph_bench export_bench
 echo "== OBJ reader"
 "$build/bin/obj_bench" --runs "$runs" "$inputs/poser.obj" "$inputs/grid.obj"
 echo "== Poser read driver"
@@ -22,3 +22,7 @@ echo "== Materials and texture search"
 "$build/bin/material_bench" "$inputs/materials"
 echo "== Morph targets"
 "$build/bin/morph_bench" "$inputs/morphs" "$runs"
+echo "== glTF export (a figure with 300 morphs; .glb, then .gltf with its .bin)"
+python3 bench/export_bench_morphs.py "$inputs/poser.obj" "$inputs/figure/figure.cr2" "$inputs/figure/figure300.cr2"
+"$build/bin/export_bench" "$inputs/figure/figure300.cr2" "$inputs/figure" "$build/bench-export.glb" "$runs"
+"$build/bin/export_bench" "$inputs/figure/figure300.cr2" "$inputs/figure" "$build/bench-export.gltf" "$runs"

@@ -9,6 +9,7 @@
 #include "OvTypes.h"
 #include <QHash>
 #include <QString>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <vector>
@@ -79,6 +80,12 @@ public:
         m_count = int(m_index.size());
     }
     bool sharesStorageWith(const OvFloatTuples &o) const { return m_store == o.m_store; }
+    // The storage read through the index table of a shared array (null for an array of its own) and
+    // its bytes: arrays that share it count it once between them.
+    const void *sharedStorage() const {
+        return m_indexed ? static_cast<const void *>(m_store.get()) : nullptr;
+    }
+    size_t storageBytes() const { return m_store->values.bytes(); }
     // Bytes this array holds alone: the index table of a shared one, the storage otherwise.
     size_t bytes() const { return m_indexed ? m_index.bytes() : m_store->values.bytes(); }
 
@@ -191,6 +198,12 @@ public:
     const float *getVertex(int i) const { return m_vertices.at(i); }
     // True when this mesh reads its vertices from `o`'s storage (a mesh cut from `o`).
     bool sharesVerticesWith(const OvPolyMesh &o) const { return m_vertices.sharesStorageWith(o.m_vertices); }
+    // Storages of other meshes this one reads through index tables (vertices, UVs; null when own),
+    // with their bytes, so that a scene's data can count each once.
+    std::array<std::pair<const void *, size_t>, 2> sharedStorages() const {
+        return {{{m_vertices.sharedStorage(), m_vertices.storageBytes()},
+                 {m_uvs.m_values.sharedStorage(), m_uvs.m_values.storageBytes()}}};
+    }
 
     OvMap *getUVs() { return &m_uvs; }
     const OvMap *getUVs() const { return &m_uvs; }
