@@ -11,3 +11,8 @@ build/bin/ovimport examples/obj/table.obj
 echo
 echo "== examples/poser/Runtime/libraries/scene/studio.pz3 (content folder examples/poser)"
 build/bin/ovimport examples/poser/Runtime/libraries/scene/studio.pz3 --content examples/poser
+echo
+lib=examples/poser/Runtime/libraries
+echo "== the doll with its conforming hat, waving from frame 10 (one scene), written as glTF to build/doll.glb"
+build/bin/ovimport $lib/character/doll.cr2 --select doll $lib/character/dollHat.cr2 \
+  --at-frame 10 $lib/pose/wave.pz2 --answer yes --content examples/poser --gltf build/doll.glb --frame 20
