@@ -8,16 +8,7 @@ cd "$(dirname "$0")/.."
 need=()
 command -v npm >/dev/null || need+=(nodejs npm)
 [ "${1:-}" = "--chromium" ] && need+=(chromium)
-missing=()
-for p in "${need[@]}"; do
-  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
-done
-if [ ${#missing[@]} -gt 0 ]; then
-  echo "setup-web: installing ${missing[*]}"
-  SUDO=""; [ "$(id -u)" -ne 0 ] && SUDO="sudo"
-  $SUDO apt-get update -qq
-  DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq "${missing[@]}" >/dev/null
-fi
+[ ${#need[@]} -eq 0 ] || scripts/apt-install.sh setup-web "${need[@]}"
 
 if [ ! -f node_modules/.package-lock.json ] || [ package-lock.json -nt node_modules/.package-lock.json ]; then
   if [ -f package-lock.json ]; then
