@@ -54,7 +54,9 @@ const char *const kUsage =
     "  --max-text-mb N      stop a compressed file whose text grows past N MB (default 4096)\n"
     "  --help               show this text\n"
     "\n"
-    "exit status: 0 when every import succeeded, 1 when one failed, 2 on a usage or plug-in error.\n";
+    "exit status: 0 when every import succeeded, 1 when one failed, 2 on a usage or plug-in error,\n"
+    "3 when an import was refused: it reported success (as a cancelled node dialog does) but logged\n"
+    "an error and changed nothing while nothing was selected, as a pose without --select does.\n";
 
 bool g_debug = false;
 
@@ -234,9 +236,24 @@ void printLog(const QList<OvApp::LogEntry> &log) {
         std::fprintf(stderr, "%s: %s\n", e.level == OvApp::LogError ? "error" : "info", qPrintable(e.text));
 }
 
+// The importer has no result code for "no target": headless, a pose with nothing selected returns
+// success, as a cancelled node dialog does, and only its log says so. The host tells it by what it
+// left: an error in the log, still nothing selected, and no undo step or top-level node added.
+bool refusedForWantOfTarget(const OvScene &scene, int stepsBefore, int nodesBefore) {
+    if (scene.getPrimarySelection() || int(scene.undoSteps().size()) != stepsBefore ||
+        scene.getNumNodes() != nodesBefore)
+        return false;
+    for (const OvApp::LogEntry &e : OvApp::log())
+        if (e.level == OvApp::LogError)
+            return true;
+    return false;
+}
+
 // Imports the files in order; -1 when every import ran, else the exit status.
-// `stepsBeforeLast` counts the undo steps before the last import, so --undo can tell whether it made one.
-int importAll(PluginHost &host, const RunOptions &o, ImportReport &report, int *stepsBeforeLast) {
+// `stepsBeforeLast` counts the undo steps before the last import, so --undo can tell whether it made
+// one; `refused` counts the imports refused for want of a target.
+int importAll(PluginHost &host, const RunOptions &o, ImportReport &report, int *stepsBeforeLast,
+              int *refused) {
     OvScene *scene = OvApp::getScene();
     for (const FileStep &step : o.files) {
         if (!step.select.isEmpty()) {
@@ -250,6 +267,8 @@ int importAll(PluginHost &host, const RunOptions &o, ImportReport &report, int *
             scene->setTime(step.atFrame * scene->getTimeStep());
         OvApp::clearLog();
         *stepsBeforeLast = int(scene->undoSteps().size());
+        const bool selected = scene->getPrimarySelection() != nullptr;
+        const int nodesBefore = scene->getNumNodes();
         const ImportOutcome outcome = host.import(step.file, o.host);
         printLog(OvApp::log());
         if (!outcome.ran) {
@@ -262,6 +281,10 @@ int importAll(PluginHost &host, const RunOptions &o, ImportReport &report, int *
                          qPrintable(describeResult(outcome.result)));
             if (report.result == 0)
                 report.result = outcome.result;
+        } else if (!selected && refusedForWantOfTarget(*scene, *stepsBeforeLast, nodesBefore)) {
+            std::fprintf(stderr, "ovimport: %s was refused: nothing is selected to apply it to\n",
+                         qPrintable(step.file));
+            ++*refused;
         }
     }
     return -1;
@@ -328,8 +351,8 @@ int main(int argc, char **argv) {
     report.includeMeshData = o.meshData;
     report.frame = o.frame;
     OvScene *scene = OvApp::getScene();
-    int stepsBeforeLast = 0;
-    if (const int status = importAll(host, o, report, &stepsBeforeLast); status >= 0)
+    int stepsBeforeLast = 0, refused = 0;
+    if (const int status = importAll(host, o, report, &stepsBeforeLast, &refused); status >= 0)
         return status;
     if (o.undo)
         undoLastImport(stepsBeforeLast, report);
@@ -343,5 +366,5 @@ int main(int argc, char **argv) {
         QTextStream out(stdout);
         writeSceneTree(out, *scene, o.frame);
     }
-    return report.result != 0 ? 1 : 0;
+    return report.result != 0 ? 1 : refused > 0 ? 3 : 0;
 }

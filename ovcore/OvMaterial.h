@@ -1,7 +1,9 @@
 #pragma once
-// Surface materials and textures. Both are reference counted: shapes share them.
+// Surface materials and textures. Both are reference counted: shapes share them. A material's
+// setters note its old settings for undo.
 
 #include "OvTypes.h"
+#include "OvUndoStack.h"
 #include <QColor>
 #include <QString>
 
@@ -24,12 +26,18 @@ private:
 
 class OvMaterial : public OvRefCountedItem {
 public:
-    virtual ~OvMaterial() = default;
+    ~OvMaterial() override { OvUndoStack::forget(this); }
     virtual const char *className() const { return "OvMaterial"; }
     const QString &getName() const { return m_name; }
-    void setName(const QString &name) { m_name = name; }
+    void setName(const QString &name) {
+        OvUndoStack::noteMaterial(this);
+        m_name = name;
+    }
     const QString &getLabel() const { return m_label; }
-    void setLabel(const QString &label) { m_label = label; }
+    void setLabel(const QString &label) {
+        OvUndoStack::noteMaterial(this);
+        m_label = label;
+    }
 
 private:
     QString m_name;
@@ -42,6 +50,7 @@ public:
     const char *className() const override { return "OvDefaultMaterial"; }
     // Takes every setting and map of another material (not its name or label).
     void copyFrom(const OvMaterial &other) {
+        OvUndoStack::noteMaterial(this);
         if (auto *d = dynamic_cast<const OvDefaultMaterial *>(&other)) {
             QString name = getName(), label = getLabel();
             *this = *d;
@@ -51,43 +60,97 @@ public:
     }
 
     QColor getDiffuseColor() const { return m_diffuse; }
-    void setDiffuseColor(const QColor &c) { m_diffuse = c; }
+    void setDiffuseColor(const QColor &c) {
+        OvUndoStack::noteMaterial(this);
+        m_diffuse = c;
+    }
     QColor getAmbientColor() const { return m_ambient; }
-    void setAmbientColor(const QColor &c) { m_ambient = c; }
+    void setAmbientColor(const QColor &c) {
+        OvUndoStack::noteMaterial(this);
+        m_ambient = c;
+    }
     QColor getSpecularColor() const { return m_specular; }
-    void setSpecularColor(const QColor &c) { m_specular = c; }
+    void setSpecularColor(const QColor &c) {
+        OvUndoStack::noteMaterial(this);
+        m_specular = c;
+    }
     QColor getReflectionColor() const { return m_reflection; }
-    void setReflectionColor(const QColor &c) { m_reflection = c; }
+    void setReflectionColor(const QColor &c) {
+        OvUndoStack::noteMaterial(this);
+        m_reflection = c;
+    }
 
     float getAmbientStrength() const { return m_ambientStrength; }
-    void setAmbientStrength(float v) { m_ambientStrength = v; }
+    void setAmbientStrength(float v) {
+        OvUndoStack::noteMaterial(this);
+        m_ambientStrength = v;
+    }
     float getGlossinessStrength() const { return m_glossiness; }
-    void setGlossinessStrength(float v) { m_glossiness = v; }
+    void setGlossinessStrength(float v) {
+        OvUndoStack::noteMaterial(this);
+        m_glossiness = v;
+    }
     float getIndexOfRefraction() const { return m_ior; }
-    void setIndexOfRefraction(float v) { m_ior = v; }
+    void setIndexOfRefraction(float v) {
+        OvUndoStack::noteMaterial(this);
+        m_ior = v;
+    }
     float getBumpStrength() const { return m_bumpStrength; }
-    void setBumpStrength(float v) { m_bumpStrength = v; }
+    void setBumpStrength(float v) {
+        OvUndoStack::noteMaterial(this);
+        m_bumpStrength = v;
+    }
     float getBumpMax() const { return m_bumpMax; }
-    void setBumpMax(float v) { m_bumpMax = v; }
+    void setBumpMax(float v) {
+        OvUndoStack::noteMaterial(this);
+        m_bumpMax = v;
+    }
     float getBumpMin() const { return m_bumpMin; }
-    void setBumpMin(float v) { m_bumpMin = v; }
+    void setBumpMin(float v) {
+        OvUndoStack::noteMaterial(this);
+        m_bumpMin = v;
+    }
     float getReflectionStrength() const { return m_reflectionStrength; }
-    void setReflectionStrength(float v) { m_reflectionStrength = v; }
+    void setReflectionStrength(float v) {
+        OvUndoStack::noteMaterial(this);
+        m_reflectionStrength = v;
+    }
     float getBaseOpacity() const { return m_baseOpacity; }
-    void setBaseOpacity(float v) { m_baseOpacity = v; }
+    void setBaseOpacity(float v) {
+        OvUndoStack::noteMaterial(this);
+        m_baseOpacity = v;
+    }
 
     OvTexture *getAmbientColorMap() const { return m_ambientMap.get(); }
-    void setAmbientColorMap(OvTexture *t) { m_ambientMap = t; }
+    void setAmbientColorMap(OvTexture *t) {
+        OvUndoStack::noteMaterial(this);
+        m_ambientMap = t;
+    }
     OvTexture *getColorMap() const { return m_colorMap.get(); }
-    void setColorMap(OvTexture *t) { m_colorMap = t; }
+    void setColorMap(OvTexture *t) {
+        OvUndoStack::noteMaterial(this);
+        m_colorMap = t;
+    }
     OvTexture *getSpecularColorMap() const { return m_specularMap.get(); }
-    void setSpecularColorMap(OvTexture *t) { m_specularMap = t; }
+    void setSpecularColorMap(OvTexture *t) {
+        OvUndoStack::noteMaterial(this);
+        m_specularMap = t;
+    }
     OvTexture *getBumpMap() const { return m_bumpMap.get(); }
-    void setBumpMap(OvTexture *t) { m_bumpMap = t; }
+    void setBumpMap(OvTexture *t) {
+        OvUndoStack::noteMaterial(this);
+        m_bumpMap = t;
+    }
     OvTexture *getOpacityMap() const { return m_opacityMap.get(); }
-    void setOpacityMap(OvTexture *t) { m_opacityMap = t; }
+    void setOpacityMap(OvTexture *t) {
+        OvUndoStack::noteMaterial(this);
+        m_opacityMap = t;
+    }
     OvTexture *getReflectionMap() const { return m_reflectionMap.get(); }
-    void setReflectionMap(OvTexture *t) { m_reflectionMap = t; }
+    void setReflectionMap(OvTexture *t) {
+        OvUndoStack::noteMaterial(this);
+        m_reflectionMap = t;
+    }
 
 private:
     QColor m_diffuse{255, 255, 255};

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 void OvMorphDeltas::addDelta(int index, const OvVec3 &offset, bool accumulate) {
+    OvUndoStack::noteDeltas(this);
     if (accumulate) {
         for (size_t i = m_indices.size(); i-- > 0;) {
             if (m_indices[i] == index) {
@@ -34,6 +35,7 @@ void OvMorphDeltas::squeeze() {
 }
 
 int OvMorphDeltas::dropOutside(int vertices) {
+    OvUndoStack::noteDeltas(this);
     size_t kept = 0;
     for (size_t i = 0; i < m_indices.size(); ++i) {
         if (m_indices[i] < 0 || m_indices[i] >= vertices)
@@ -50,6 +52,7 @@ int OvMorphDeltas::dropOutside(int vertices) {
 }
 
 void OvMorphDeltas::clear() {
+    OvUndoStack::noteDeltas(this);
     m_indices = OvPodArray<int>();
     m_offsets = OvPodArray<float>();
 }
@@ -60,5 +63,6 @@ OvMorph::OvMorph(const QString &name) : m_value(name, 0.0f), m_deltas(new OvMorp
 }
 
 void OvMorph::setDeltas(OvMorphDeltas *deltas) {
+    OvUndoStack::noteMorph(this);
     m_deltas.reset(deltas ? deltas : new OvMorphDeltas);
 }

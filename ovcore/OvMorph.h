@@ -6,6 +6,7 @@
 #include "OvNode.h"
 #include "OvProperty.h"
 #include "OvTypes.h"
+#include "OvUndoStack.h"
 #include <memory>
 
 // Offsets of some vertices of one mesh, in the order they were added. Stored as two flat arrays
@@ -13,11 +14,22 @@
 // allocation per delta and nothing beyond 16 bytes each once the set is compacted.
 class OvMorphDeltas {
 public:
+    OvMorphDeltas() = default;
+    OvMorphDeltas(const OvMorphDeltas &) = default;
+    OvMorphDeltas &operator=(const OvMorphDeltas &) = default;
+    ~OvMorphDeltas() { OvUndoStack::forget(this); }
+
     const QString &getName() const { return m_name; }
-    void setName(const QString &name) { m_name = name; }
+    void setName(const QString &name) {
+        OvUndoStack::noteDeltas(this);
+        m_name = name;
+    }
     // Vertices of the mesh the deltas were made for, as the content says; 0 when not given.
     int getVertCount() const { return m_vertCount; }
-    void setVertCount(int n) { m_vertCount = n; }
+    void setVertCount(int n) {
+        OvUndoStack::noteDeltas(this);
+        m_vertCount = n;
+    }
 
     // Appends the offset of vertex `index`. With `accumulate` set, an existing delta of the same
     // vertex (looked up from the end) takes the offset added to it instead.
@@ -51,6 +63,7 @@ class OvMorph : public OvModifier {
 public:
     // The value channel is named after the morph, as is the delta set until replaced.
     explicit OvMorph(const QString &name);
+    ~OvMorph() override { OvUndoStack::forget(this); }
     const char *className() const override { return "OvMorph"; }
     OvFloatProperty *getValueChannel() { return &m_value; }
     const OvFloatProperty *getValueChannel() const { return &m_value; }

@@ -1,6 +1,7 @@
 #include "OvShape.h"
 
 int OvShape::addMaterial(OvMaterial *material) {
+    OvUndoStack::noteShape(this);
     m_materials.emplace_back(material);
     return int(m_materials.size()) - 1;
 }
@@ -28,6 +29,7 @@ bool OvShape::replaceMaterial(OvMaterial *old, OvMaterial *replacement) {
     int i = findMaterialIndex(old);
     if (i < 0 || !replacement)
         return false;
+    OvUndoStack::noteShape(this);
     m_materials[size_t(i)] = replacement;
     return true;
 }

@@ -4,13 +4,14 @@
 #include "OvMaterial.h"
 #include "OvPolyMesh.h"
 #include "OvProperty.h"
+#include "OvUndoStack.h"
 #include <QString>
 #include <memory>
 #include <vector>
 
 class OvShape {
 public:
-    virtual ~OvShape() = default;
+    virtual ~OvShape() { OvUndoStack::forget(this); }
     virtual const char *className() const { return "OvShape"; }
 
     const QString &getName() const { return m_name; }
@@ -30,6 +31,10 @@ public:
     OvMaterial *findMaterial(const QString &name) const;
     // Puts `replacement` where `old` was (the faces keep their index); false when `old` is absent.
     bool replaceMaterial(OvMaterial *old, OvMaterial *replacement);
+    // The material list as a whole, for undo.
+    using MaterialList = std::vector<OvTSharedPointer<OvMaterial>>;
+    const MaterialList &materialList() const { return m_materials; }
+    void restoreMaterialList(MaterialList list) { m_materials = std::move(list); }
 
     // Records importers leave on the shape (where its geometry came from); owned.
     OvElementData *findDataItem(const QString &name) const;
@@ -41,7 +46,7 @@ private:
     QString m_name;
     QString m_label;
     OvTSharedPointer<OvGeometry> m_geometry;
-    std::vector<OvTSharedPointer<OvMaterial>> m_materials;
+    MaterialList m_materials;
     std::vector<std::unique_ptr<OvElementData>> m_dataItems;
 };
 

@@ -1,8 +1,11 @@
 #include "OvUndoStack.h"
 #include "OvApp.h"
 #include "OvLight.h"
+#include "OvMaterial.h"
+#include "OvMorph.h"
 #include "OvNode.h"
 #include "OvScene.h"
+#include "OvShape.h"
 
 #include <QHash>
 #include <QSet>
@@ -142,6 +145,63 @@ private:
     OvTimeRange m_anim, m_play;
 };
 
+// A material's name and label, and for the standard material every setting and map.
+class MaterialRecord : public UndoRecord {
+public:
+    explicit MaterialRecord(OvMaterial *m) : m_material(m), m_name(m->getName()), m_label(m->getLabel()) {
+        if (auto *standard = dynamic_cast<OvDefaultMaterial *>(m))
+            m_settings.reset(new OvDefaultMaterial(*standard));
+    }
+    void undo() override {
+        if (m_settings)
+            *static_cast<OvDefaultMaterial *>(m_material) = *m_settings;
+        m_material->setName(m_name);
+        m_material->setLabel(m_label);
+    }
+    bool survives(const void *thing) override { return thing != m_material; }
+
+private:
+    OvMaterial *m_material;
+    QString m_name, m_label;
+    std::unique_ptr<OvDefaultMaterial> m_settings;
+};
+
+// Which materials a shape used; the record shares them, so a material the step swapped out stays
+// alive to be put back.
+class ShapeRecord : public UndoRecord {
+public:
+    explicit ShapeRecord(OvShape *s) : m_shape(s), m_materials(s->materialList()) {}
+    void undo() override { m_shape->restoreMaterialList(m_materials); }
+    bool survives(const void *thing) override { return thing != m_shape; }
+
+private:
+    OvShape *m_shape;
+    OvShape::MaterialList m_materials;
+};
+
+class DeltasRecord : public UndoRecord {
+public:
+    explicit DeltasRecord(OvMorphDeltas *d) : m_deltas(d), m_saved(*d) {}
+    void undo() override { *m_deltas = m_saved; }
+    bool survives(const void *thing) override { return thing != m_deltas; }
+
+private:
+    OvMorphDeltas *m_deltas;
+    OvMorphDeltas m_saved;
+};
+
+// A morph whose delta set is replaced: undo gives it a set with the old contents.
+class MorphRecord : public UndoRecord {
+public:
+    explicit MorphRecord(OvMorph *m) : m_morph(m), m_saved(new OvMorphDeltas(*m->getDeltas())) {}
+    void undo() override { m_morph->setDeltas(m_saved.release()); }
+    bool survives(const void *thing) override { return thing != m_morph; }
+
+private:
+    OvMorph *m_morph;
+    std::unique_ptr<OvMorphDeltas> m_saved;
+};
+
 } // namespace
 
 class OvUndoStep {
@@ -216,7 +276,16 @@ private:
 };
 
 namespace {
-enum Kind { PropertyKind, ElementKind, PlacementKind, SceneKind };
+enum Kind {
+    PropertyKind,
+    ElementKind,
+    PlacementKind,
+    SceneKind,
+    MaterialKind,
+    ShapeKind,
+    DeltasKind,
+    MorphKind
+};
 }
 
 OvUndoStack::OvUndoStack(OvScene *scene) : m_scene(scene) {}
@@ -301,6 +370,26 @@ void OvUndoStack::recordPlacement(OvNode *n) {
 void OvUndoStack::recordScene(OvScene *s) {
     if (s == s_open->scene() && s_open->first(s, SceneKind))
         s_open->setSceneRecord(new SceneRecord(s));
+}
+
+void OvUndoStack::recordMaterial(OvMaterial *m) {
+    if (s_open->first(m, MaterialKind))
+        s_open->add(new MaterialRecord(m), m);
+}
+
+void OvUndoStack::recordShape(OvShape *s) {
+    if (s_open->first(s, ShapeKind))
+        s_open->add(new ShapeRecord(s), s);
+}
+
+void OvUndoStack::recordDeltas(OvMorphDeltas *d) {
+    if (s_open->first(d, DeltasKind))
+        s_open->add(new DeltasRecord(d), d);
+}
+
+void OvUndoStack::recordMorph(OvMorph *m) {
+    if (s_open->first(m, MorphKind))
+        s_open->add(new MorphRecord(m), m);
 }
 
 bool OvUndoStack::keepRemoved(OvNode *n) {

@@ -14,7 +14,11 @@
 #include <vector>
 
 class OvElement;
+class OvMaterial;
+class OvMorph;
+class OvMorphDeltas;
 class OvNode;
+class OvShape;
 class OvProperty;
 class OvScene;
 class OvUndoStep;
@@ -45,6 +49,24 @@ public:
         if (s_open)
             recordScene(s);
     }
+    // A material's settings and maps, a shape's list of materials, a delta set's contents, and
+    // which delta set a morph holds.
+    static void noteMaterial(OvMaterial *m) {
+        if (s_open)
+            recordMaterial(m);
+    }
+    static void noteShape(OvShape *s) {
+        if (s_open)
+            recordShape(s);
+    }
+    static void noteDeltas(OvMorphDeltas *d) {
+        if (s_open)
+            recordDeltas(d);
+    }
+    static void noteMorph(OvMorph *m) {
+        if (s_open)
+            recordMorph(m);
+    }
     // A node that a removal would delete: while a step is open, the step keeps it instead (true).
     static bool keepRemoved(OvNode *n);
     // Something is being destroyed: the records that name it are dropped.
@@ -68,6 +90,10 @@ private:
     static void recordElement(OvElement *e);
     static void recordPlacement(OvNode *n);
     static void recordScene(OvScene *s);
+    static void recordMaterial(OvMaterial *m);
+    static void recordShape(OvShape *s);
+    static void recordDeltas(OvMorphDeltas *d);
+    static void recordMorph(OvMorph *m);
     static void forgetEverywhere(const void *thing);
     void setLive(bool live);
 

@@ -5,6 +5,7 @@
 
 #include <OvLight.h>
 #include <OvMainWindow.h>
+#include <OvMorph.h>
 #include <OvNodeDlg.h>
 #include <OvUndoStackHold.h>
 #include <QApplication>
@@ -223,6 +224,50 @@ TEST_F(Poses, UndoPutsBackEveryValueKeyLimitAndRange) {
     EXPECT_FALSE(scene()->undo()) << "no step left";
 }
 
+// A pose on the bundled doll that changes the figure's materials, gives the head a material of its
+// own, adds deltas to one morph and replaces the deltas of another.
+TEST_F(Poses, UndoPutsBackMaterialsTheirMapsAndMorphDeltas) {
+    OvApp::getContentMgr()->addPoserDirectory(OV_SOURCE_DIR "/examples/poser");
+    ASSERT_EQ(importer.read(OV_SOURCE_DIR "/examples/poser/Runtime/libraries/character/doll.cr2",
+                            OvFileIOSettings()),
+              0u);
+    OvSkeleton *doll = skeleton("doll");
+    ASSERT_NE(doll, nullptr);
+    scene()->setPrimarySelection(doll);
+    OvShape *head = lastShape(doll->findBone("head"));
+    ASSERT_NE(head, nullptr);
+    OvMaterial *headSkin = head->findMaterial("skin");
+    const QString before = dump();
+
+    const QByteArray smile = "targetGeom Smile\n{\ndeltas\n{\nd 2 0.5 0 0\nd 0 0 0.5 0\n}\n}\n";
+    const QByteArray brow = "targetGeom Brow Up:L\n{\nindexes 1\nnumbDeltas 8\ndeltas\n{\nd 3 1 1 1\n}\n}\n";
+    const QByteArray pose =
+        "figure\n{\nmaterial skin\n{\nKdColor 0.1 0.2 0.3 1\nKaColor 0.5 0.5 0.5 1\nNsExponent 10\n"
+        "textureMap NO_MAP\nbumpStrength 2\n}\nmaterial shirt\n{\ntMax 0.5\ntransparencyMap NO_MAP\n"
+        "reflectionStrength 1\n}\n}\n"
+        "actor head:1\n{\nmaterial skin\n{\nKsColor 0 1 0 1\n}\nchannels\n{\n" +
+        smile + brow + "}\n}\n";
+    ASSERT_TRUE(readOk("mat.pz2", pose)) << logText().toStdString();
+    auto *own = dynamic_cast<OvDefaultMaterial *>(head->findMaterial("skin"));
+    ASSERT_TRUE(own && own != headSkin) << "the head got a skin of its own";
+    EXPECT_EQ(own->getSpecularColor(), QColor(0, 255, 0));
+    const OvObject *headObject = doll->findBone("head")->getObject();
+    auto findMorph = [headObject](const QString &name) -> OvMorph * {
+        for (int i = 0; i < headObject->getNumModifiers(); ++i)
+            if (auto *m = dynamic_cast<OvMorph *>(headObject->getModifier(i)); m && m->getName() == name)
+                return m;
+        return nullptr;
+    };
+    ASSERT_TRUE(findMorph("Smile") && findMorph("Brow Up:L"));
+    EXPECT_EQ(findMorph("Smile")->getDeltas()->getNumDeltas(), 5);
+    EXPECT_EQ(findMorph("Brow Up:L")->getDeltas()->getIndex(0), 3);
+    EXPECT_NE(dump(), before);
+
+    EXPECT_TRUE(scene()->undo());
+    EXPECT_EQ(dump(), before) << "every material value, map, assignment and delta";
+    EXPECT_EQ(head->findMaterial("skin"), headSkin) << "the same material, not a copy";
+}
+
 TEST_F(Poses, UndoOfASetBringsBackTheLightsAndCamerasItReplaced) {
     auto *lamp = new OvDistantLight;
     lamp->setLabel("lamp");
@@ -324,7 +369,7 @@ TEST(PoseHost, SeveralFilesSelectAtFrameAndUndo) {
          "0,4800",
          "\"wave.pz2\"",
          "undid \"wave.pz2\""},
-        {{doll, wave}, 0, 2, "0,4800", nullptr, "Nothing is selected to apply wave.pz2"},
+        {{doll, wave}, 3, 2, "0,4800", nullptr, "wave.pz2 was refused: nothing is selected"},
         {{doll, "--undo"}, 0, 1, "0,4800", "", "the last import made no undo step"},
         {{doll, "--select", "nobody", wave}, 2, 0, "", nullptr, "--select nobody: no node"},
         {{doll, "--at-frame", "3"}, 2, 0, "", nullptr, "apply to a file that follows them"},
