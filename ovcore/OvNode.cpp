@@ -149,7 +149,7 @@ OvNode::OvNode() {
 
 // Descendants are deleted leaves first from a list, not by recursion, so that a hierarchy of any
 // depth can be deleted; each arrives at its destructor without children, and without a skeleton
-// whose bone index it would have to leave (a figure above this node keeps an index that is right).
+// whose name index it would have to leave (a figure above this node keeps an index that is right).
 OvNode::~OvNode() {
     std::vector<OvNode *> below;
     for (size_t i = 0; i < m_children.size(); ++i)
@@ -162,10 +162,18 @@ OvNode::~OvNode() {
         n->m_children.clear();
     }
     OvSkeleton *above = m_skeleton == this ? nullptr : m_skeleton;
+    if (above)
+        above->unindexNode(this, getName());
     for (OvNode *n : below) {
-        if (above && n->m_skeleton == above)
-            if (auto *bone = qobject_cast<OvBone *>(n))
-                above->unindexBone(bone, bone->getName());
+        if (n->m_skeleton == n) {
+            // Only a figure that outlives this deletion still has to forget the nested one.
+            auto *inner = static_cast<OvSkeleton *>(n);
+            if (above && inner->m_outer == above)
+                inner->setOuter(nullptr);
+            inner->m_outer = nullptr;
+        } else if (above && n->m_skeleton == above) {
+            above->unindexNode(n, n->getName());
+        }
         n->m_skeleton = nullptr;
     }
     for (size_t i = below.size(); i-- > 0;)
@@ -213,21 +221,29 @@ bool OvNode::detach(OvNode *child) {
 }
 
 void OvNode::joinSkeleton(OvSkeleton *skeleton) {
-    // A figure keeps its own bones; a node that stays with its figure changes nothing below it.
-    if (m_skeleton == this || m_skeleton == skeleton)
+    // A node that stays with its figure changes nothing below it; a figure keeps its own nodes and
+    // only notes where it now hangs.
+    if (m_skeleton == skeleton && m_skeleton != this)
         return;
     forEachNode(this, [skeleton](OvNode *n) {
-        if (n->m_skeleton == n)
+        if (n->m_skeleton == n) {
+            static_cast<OvSkeleton *>(n)->setOuter(skeleton);
             return false;
-        if (auto *bone = qobject_cast<OvBone *>(n)) {
-            if (n->m_skeleton)
-                n->m_skeleton->unindexBone(bone, bone->getName());
-            if (skeleton)
-                skeleton->indexBone(bone);
         }
+        if (n->m_skeleton)
+            n->m_skeleton->unindexNode(n, n->getName());
+        if (skeleton)
+            skeleton->indexNode(n);
         n->m_skeleton = skeleton;
         return true;
     });
+}
+
+void OvNode::nameChanged(const QString &oldName) {
+    if (m_skeleton && m_skeleton != this) {
+        m_skeleton->unindexNode(this, oldName);
+        m_skeleton->indexNode(this);
+    }
 }
 
 void OvNode::insertNodeChild(OvNode *child, int index) {
@@ -239,9 +255,16 @@ void OvNode::insertNodeChild(OvNode *child, int index) {
     child->joinSkeleton(m_skeleton);
 }
 
-// Each node's own children are looked at before any grandchild below them.
+// Each node's own children are looked at before any grandchild below them. Below a skeleton the
+// figures' name indexes answer at once unless the name is shared.
 OvNode *OvNode::findNodeChild(const QString &name, bool recursive) const {
     OvNode *found = nullptr;
+    if (recursive && m_skeleton == this) {
+        const int count = static_cast<const OvSkeleton *>(this)->countNamed(name, found);
+        if (count < 2)
+            return count == 1 ? found : nullptr;
+        found = nullptr;
+    }
     forEachNode(const_cast<OvNode *>(this), [&](OvNode *n) {
         if (found)
             return false;

@@ -138,6 +138,7 @@ public:
     void insertNodeChild(OvNode *child, int index);
     bool isAncestorOf(const OvNode *node) const;
     // The descendant with this object name (depth first); only direct children unless recursive.
+    // Constant time below a skeleton unless several descendants share the name.
     OvNode *findNodeChild(const QString &name, bool recursive = true) const;
     // The nearest skeleton at or above this node, or null; kept as nodes move, so asking costs
     // nothing however deep the node hangs.
@@ -207,8 +208,9 @@ private:
     friend class OvSkeleton;
     // After this node moved below a node whose nearest skeleton is `skeleton` (or out of any):
     // this node and those below it, up to a figure of their own, follow, and so do the
-    // skeletons' bone indexes.
+    // skeletons' name indexes.
     void joinSkeleton(OvSkeleton *skeleton);
+    void nameChanged(const QString &oldName) override;
     // Takes the child out of the list (false when it is not there); its skeleton stays.
     bool detach(OvNode *child);
 

@@ -3,25 +3,24 @@
 
 #include "OvNode.h"
 #include <QMultiHash>
+#include <QSet>
 
 class OvBone : public OvNode {
     Q_OBJECT
 public:
     OvBone() = default;
     ~OvBone() override;
-
-protected:
-    void nameChanged(const QString &oldName) override;
 };
 
 class OvSkeleton : public OvNode {
     Q_OBJECT
 public:
     OvSkeleton();
+    ~OvSkeleton() override;
 
-    // The first bone of getAllBones with this object name. Constant time: bones are indexed by
-    // name as they join, leave or are renamed; only a name that several bones share is looked up
-    // in walk order.
+    // The first bone of getAllBones with this object name. Constant time: the nodes of a figure
+    // are indexed by name as they join, leave or are renamed; only a name that several bones
+    // share is looked up in walk order.
     OvBone *findBone(const QString &name) const;
     // Every bone below the skeleton, depth first in child order; a figure parented below keeps its own.
     QList<OvBone *> getAllBones() const;
@@ -42,10 +41,17 @@ public:
 private:
     friend class OvNode;
     friend class OvBone;
-    void indexBone(OvBone *bone) { m_bonesNamed.insert(bone->getName(), bone); }
-    void unindexBone(OvBone *bone, const QString &name) { m_bonesNamed.remove(name, bone); }
+    void indexNode(OvNode *node) { m_nodesNamed.insert(node->getName(), node); }
+    void unindexNode(OvNode *node, const QString &name) { m_nodesNamed.remove(name, node); }
+    // Records the figure whose node this skeleton now hangs below (null: none).
+    void setOuter(OvSkeleton *outer);
+    // How many nodes below this skeleton, nested figures included, carry this name: 0, 1 or 2
+    // (two or more); `found` is the one when there is one.
+    int countNamed(const QString &name, OvNode *&found) const;
 
     OvSkeletonProperty *m_follow;
     std::vector<Weld> m_welds;
-    QMultiHash<QString, OvBone *> m_bonesNamed; // the bones whose nearest skeleton this is
+    QMultiHash<QString, OvNode *> m_nodesNamed; // the nodes whose nearest skeleton this is
+    OvSkeleton *m_outer = nullptr;              // nearest skeleton above this one
+    QSet<OvSkeleton *> m_nested;                // skeletons whose outer figure this is
 };

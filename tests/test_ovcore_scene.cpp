@@ -104,6 +104,52 @@ TEST_F(OvcoreScene, LookupOrders) {
     EXPECT_EQ(scene().findCamera("cam"), camera);
 }
 
+// The name index of a figure follows every change, and answers as the walk does.
+TEST_F(OvcoreScene, FigureNameIndexFollowsRenameMoveAndDeletion) {
+    auto *figure = make<OvSkeleton>("Figure 1");
+    OvBone *hip = make<OvBone>("hip", figure);
+    OvBone *chest = make<OvBone>("chest", hip);
+    OvNode *gun = make("gun", chest);
+    auto *sword = make<OvSkeleton>("sword", hip);
+    OvBone *blade = make<OvBone>("blade", sword);
+    EXPECT_EQ(figure->findNodeChild("gun"), gun) << "props on body parts are found too";
+    EXPECT_EQ(figure->findNodeChild("blade"), blade) << "and the nodes of a figure nested below";
+    EXPECT_EQ(figure->findNodeChild("sword"), sword);
+    EXPECT_EQ(figure->findBone("blade"), nullptr) << "the nested figure keeps its bones";
+
+    gun->setName("rifle");
+    EXPECT_EQ(figure->findNodeChild("gun"), nullptr);
+    EXPECT_EQ(figure->findNodeChild("rifle"), gun);
+
+    OvNode *shelf = make("shelf");
+    shelf->addNodeChild(chest);
+    EXPECT_EQ(figure->findNodeChild("rifle"), nullptr) << "left with its body part";
+    EXPECT_EQ(figure->findBone("chest"), nullptr);
+    blade->addNodeChild(chest);
+    EXPECT_EQ(figure->findNodeChild("rifle"), gun) << "back, inside the nested figure";
+    figure->addNodeChild(sword);
+
+    // A shared name: the first in walk order wins, whichever figure indexed it.
+    OvBone *second = make<OvBone>("blade", hip);
+    EXPECT_EQ(figure->findNodeChild("blade"), second) << "hip's subtree comes first";
+    shelf->addNodeChild(hip);
+    figure->addNodeChild(hip);
+    EXPECT_EQ(figure->findNodeChild("blade"), blade) << "now the sword's comes first";
+    EXPECT_EQ(figure->findBone("blade"), second);
+
+    // A node deleted with what hangs below it leaves no entry behind, nested figures included.
+    ASSERT_TRUE(figure->removeNodeChild(sword));
+    delete sword;
+    EXPECT_EQ(figure->findNodeChild("rifle"), nullptr);
+    EXPECT_EQ(figure->findNodeChild("blade"), second);
+    OvNode *holder = make("holder", hip);
+    make<OvBone>("hilt", make<OvSkeleton>("dagger", holder));
+    ASSERT_TRUE(hip->removeNodeChild(holder));
+    delete holder;
+    EXPECT_EQ(figure->findNodeChild("hilt"), nullptr);
+    EXPECT_EQ(figure->findNodeChild("holder"), nullptr);
+}
+
 TEST_F(OvcoreScene, ShapesNameTheSwitchAndMaterialsAreReplacedInPlace) {
     OvObject object;
     auto *shape = new OvPolyShape, *alt = new OvPolyShape;

@@ -82,6 +82,17 @@ TEST_F(ObjectSection, PropsFindTheirParents) {
     EXPECT_FALSE(labelled("self")->getNodeParent()) << "a node is never its own smart parent";
 }
 
+// A figure known by its label and a later prop with that Poser name: a deformer takes the first
+// item with the key, anything else the last.
+TEST_F(ObjectSection, DeformersTakeTheFirstItemWithTheKeyOthersTheLast) {
+    ASSERT_TRUE(readOk("scene.pz3", kFigure + "prop NULL\n{\n}\nbaseProp Base_1\n{\nparent NULL\n}\n"
+                                              "prop box\n{\nparent NULL\n}\n"));
+    OvSkeleton *figure = skeleton("NULL");
+    ASSERT_TRUE(figure);
+    EXPECT_EQ(labelled("Base_1")->getNodeParent(), figure);
+    EXPECT_EQ(labelled("box")->getNodeParent(), labelled("NULL (2)"));
+}
+
 // Two figures, the second conforming to the first; a magnet with its base and zone on the first.
 TEST_F(ObjectSection, DeformerPropsAreWiredTogetherAndBoundByPoses) {
     ASSERT_TRUE(readOk("scene.pz3", kFigure +

@@ -9,7 +9,6 @@
 #include <QtDebug>
 #include <text/Numbers.h>
 
-using poser::itemKey;
 using poser::moveUnder;
 
 bool OvPZ3Importer::objDeformTarget(char **argv, int argc) {
@@ -34,9 +33,7 @@ void OvPZ3Importer::attachToMagnet(char **argv, int argc, bool base) {
         return;
     QString name = tokenText(argv, 1, argc);
     stripFigureNumber(name);
-    for (int i = 0; i < m_sceneItems.size(); ++i) {
-        if (m_sceneItems[i].name != name)
-            continue;
+    for (int i : m_itemIndex.allNamed(name)) {
         if (base) {
             if (auto *b = qobject_cast<OvDFormBase *>(m_sceneItems[i].node))
                 dform->setBase(b);
@@ -53,10 +50,9 @@ bool OvPZ3Importer::objDeformerProp(char **argv, int argc) {
     const QString name = tokenText(argv, 1, argc);
     // Collected first: the items do not move while nodes are reparented, but keep it obvious.
     QList<OvDForm *> magnets;
-    for (int i = 0; i < m_sceneItems.size(); ++i)
-        if (m_sceneItems[i].name == name)
-            if (auto *magnet = qobject_cast<OvDForm *>(m_sceneItems[i].node))
-                magnets.append(magnet);
+    for (int i : m_itemIndex.allNamed(name))
+        if (auto *magnet = qobject_cast<OvDForm *>(m_sceneItems[i].node))
+            magnets.append(magnet);
     for (OvDForm *magnet : magnets) {
         moveUnder(base, magnet);
         magnet->setBase(base);
@@ -105,9 +101,8 @@ void OvPZ3Importer::bindDeformTarget(const QString &name) {
     OvNode *target = nullptr;
     if (OvNode *figure = getSkeleton(figureNumber, false))
         target = figure->findNodeChild(targetName, true);
-    for (int i = 0; !target && i < m_sceneItems.size(); ++i)
-        if (itemKey(m_sceneItems[i]) == targetName)
-            target = m_sceneItems[i].node;
+    if (const int i = target ? -1 : m_itemIndex.firstWithKey(m_sceneItems, targetName); i >= 0)
+        target = m_sceneItems[i].node;
     if (!target)
         qDebug("deformTarget %s not found", qPrintable(name));
 }

@@ -17,7 +17,6 @@
 #include <text/Numbers.h>
 
 using poser::isDeformer;
-using poser::itemKey;
 using poser::make;
 using poser::moveUnder;
 
@@ -236,10 +235,12 @@ bool OvPZ3Importer::reparent(const QString &name) {
             if (!parent)
                 parent = figure->findNodeChild(full, true);
         }
-        for (int i = 0; !parent && i < m_sceneItems.size(); ++i) {
-            const QString key = itemKey(m_sceneItems[i]);
-            if (key == shortName || key == full)
-                parent = m_sceneItems[i].node;
+        if (!parent) {
+            const int byShort = m_itemIndex.firstWithKey(m_sceneItems, shortName);
+            const int byFull = m_itemIndex.firstWithKey(m_sceneItems, full);
+            const int first = byShort < 0 || (byFull >= 0 && byFull < byShort) ? byFull : byShort;
+            if (first >= 0)
+                parent = m_sceneItems[first].node;
         }
     }
     if (!parent && shortName != QLatin1String("UNIVERSE"))

@@ -1,4 +1,5 @@
 #include "SceneItemIndex.h"
+#include "SceneHelpers.h"
 
 void Pz3SceneItemIndex::add(const OvTArray<OvPz3SceneItem> &items, int position) {
     const OvPz3SceneItem &item = items[position];
@@ -10,6 +11,7 @@ void Pz3SceneItemIndex::add(const OvTArray<OvPz3SceneItem> &items, int position)
         m_propByName.insert(item.name, position);
     if (item.isFigure && !m_figureByNumber.contains(item.figureNumber))
         m_figureByNumber.insert(item.figureNumber, position);
+    m_allByName[item.name].push_back(position);
     if (!item.name.isEmpty() || !item.node)
         m_lastNamed.insert(item.name, position);
     else
@@ -31,5 +33,25 @@ int Pz3SceneItemIndex::lastWithKey(const OvTArray<OvPz3SceneItem> &items, const 
     for (auto it = unnamed->rbegin(); it != unnamed->rend() && *it > named; ++it)
         if (items[*it].node->getLabel() == key)
             return *it;
+    return named;
+}
+
+int Pz3SceneItemIndex::firstWithKey(const OvTArray<OvPz3SceneItem> &items, const QString &key) const {
+    // Items without a name and without a node have the empty key too; too rare to index.
+    if (key.isEmpty()) {
+        for (int i = 0; i < items.size(); ++i)
+            if (poser::itemKey(items[i]).isEmpty())
+                return i;
+        return -1;
+    }
+    const int named = m_byName.value(key, -1);
+    const auto unnamed = m_unnamedByLabel.constFind(key);
+    if (unnamed != m_unnamedByLabel.constEnd())
+        for (int position : *unnamed) {
+            if (named >= 0 && position > named)
+                break;
+            if (items[position].node->getLabel() == key)
+                return position;
+        }
     return named;
 }

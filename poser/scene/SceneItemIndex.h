@@ -23,10 +23,15 @@ public:
     int firstFigure(int number) const { return m_figureByNumber.value(number, -1); }
     // The last item whose key (its Poser name, else its node's label as it is now) is `key`.
     int lastWithKey(const OvTArray<OvPz3SceneItem> &items, const QString &key) const;
+    // The first such item.
+    int firstWithKey(const OvTArray<OvPz3SceneItem> &items, const QString &key) const;
+    // Positions of every item with that Poser name, in order.
+    std::vector<int> allNamed(const QString &name) const { return m_allByName.value(name); }
 
 private:
     QHash<const OvNode *, int> m_byNode;
     QHash<QString, int> m_byName, m_propByName, m_lastNamed;
     QHash<int, int> m_figureByNumber;
     QHash<QString, std::vector<int>> m_unnamedByLabel; // items known by their node's label
+    QHash<QString, std::vector<int>> m_allByName;
 };

@@ -139,6 +139,8 @@ private:
         if (node.getSkeleton() != figure || (node.inherits("OvBone") && figure && !named) ||
             (named && named->getName() != node.getName()))
             problems << where + QStringLiteral(": its figure does not know it");
+        if (figure == &node)
+            checkNameIndex(where, node);
         checkProperties(where, node);
         if (const OvObject *object = node.getObject())
             checkObject(where, *object);
@@ -291,6 +293,20 @@ public:
     }
 
 private:
+    // Below a figure, lookups by name answer from indexes; a name carried by one node below it
+    // must find that node.
+    void checkNameIndex(const QString &where, const OvNode &figure) {
+        QHash<QString, const OvNode *> first; // null once a second node has the name
+        forEachNode(const_cast<OvNode *>(&figure), [&](OvNode *n) {
+            if (n != &figure)
+                first.insert(n->getName(), first.contains(n->getName()) ? nullptr : n);
+            return true;
+        });
+        for (auto it = first.cbegin(); it != first.cend(); ++it)
+            if (it.value() && figure.findNodeChild(it.key()) != it.value())
+                problems << where + QStringLiteral(": \"%1\" is not found below it").arg(it.key());
+    }
+
     void checkProperties(const QString &where, const OvElement &e) {
         for (int i = 0; i < e.getNumProperties(); ++i)
             checkProperty(where, *e.getProperty(i));
