@@ -23,37 +23,57 @@ int accessorType(int components) {
     }
 }
 
-int GltfBuffer::addView(const void *data, size_t bytes, int target) {
+unsigned char *GltfBuffer::grow(size_t bytes, int target, int *view) {
     std::vector<unsigned char> &buffer = m_model.buffers[0].data;
-    buffer.resize((buffer.size() + 3) & ~size_t(3), 0);
-    tinygltf::BufferView view;
-    view.buffer = 0;
-    view.byteOffset = buffer.size();
-    view.byteLength = bytes;
-    view.target = target;
-    const auto *p = static_cast<const unsigned char *>(data);
-    buffer.insert(buffer.end(), p, p + bytes);
-    m_model.bufferViews.push_back(view);
-    return int(m_model.bufferViews.size()) - 1;
+    const size_t start = (buffer.size() + 3) & ~size_t(3);
+    buffer.resize(start + bytes, 0);
+    tinygltf::BufferView v;
+    v.buffer = 0;
+    v.byteOffset = start;
+    v.byteLength = bytes;
+    v.target = target;
+    m_model.bufferViews.push_back(v);
+    *view = int(m_model.bufferViews.size()) - 1;
+    return buffer.data() + start;
 }
 
-int GltfBuffer::addFloats(const std::vector<float> &values, int components, bool bounds, int target) {
+int GltfBuffer::addView(const void *data, size_t bytes, int target) {
+    int view = -1;
+    unsigned char *at = grow(bytes, target, &view);
+    if (bytes > 0)
+        std::memcpy(at, data, bytes);
+    return view;
+}
+
+int GltfBuffer::addAccessor(tinygltf::Accessor accessor) {
+    m_model.accessors.push_back(std::move(accessor));
+    return int(m_model.accessors.size()) - 1;
+}
+
+int GltfBuffer::floatAccessor(int view, int components, bool bounds) {
+    const tinygltf::BufferView &v = m_model.bufferViews[size_t(view)];
+    const auto *values = reinterpret_cast<const float *>(m_model.buffers[0].data.data() + v.byteOffset);
     tinygltf::Accessor a;
-    a.bufferView = addView(values.data(), values.size() * sizeof(float), target);
+    a.bufferView = view;
     a.componentType = TINYGLTF_COMPONENT_TYPE_FLOAT;
-    a.count = values.size() / size_t(components);
+    a.count = v.byteLength / sizeof(float) / size_t(components);
     a.type = accessorType(components);
     if (bounds && a.count > 0) {
-        a.minValues.assign(values.begin(), values.begin() + components);
-        a.maxValues = a.minValues;
-        for (size_t i = 0; i < values.size(); ++i) {
-            const size_t k = i % size_t(components);
-            a.minValues[k] = std::min(a.minValues[k], double(values[i]));
-            a.maxValues[k] = std::max(a.maxValues[k], double(values[i]));
-        }
+        const size_t n = size_t(components);
+        std::vector<float> low(values, values + n), high = low;
+        for (size_t i = n; i < a.count * n; i += n)
+            for (size_t k = 0; k < n; ++k) {
+                low[k] = std::min(low[k], values[i + k]);
+                high[k] = std::max(high[k], values[i + k]);
+            }
+        a.minValues.assign(low.begin(), low.end());
+        a.maxValues.assign(high.begin(), high.end());
     }
-    m_model.accessors.push_back(a);
-    return int(m_model.accessors.size()) - 1;
+    return addAccessor(std::move(a));
+}
+
+int GltfBuffer::addFloats(const float *values, size_t count, int components, bool bounds, int target) {
+    return floatAccessor(addView(values, count * sizeof(float), target), components, bounds);
 }
 
 int GltfBuffer::addIndices(const std::vector<uint32_t> &indices, int target) {
@@ -61,31 +81,13 @@ int GltfBuffer::addIndices(const std::vector<uint32_t> &indices, int target) {
     tinygltf::Accessor a;
     a.count = indices.size();
     a.type = TINYGLTF_TYPE_SCALAR;
-    if (top < 0xFFFF) { // 65535 is the primitive restart value, never an index
-        std::vector<uint16_t> narrow(indices.begin(), indices.end());
-        a.bufferView = addView(narrow.data(), narrow.size() * 2, target);
+    if (shortIndices(top)) {
+        std::copy(indices.begin(), indices.end(),
+                  appendView<uint16_t>(indices.size(), target, &a.bufferView));
         a.componentType = TINYGLTF_COMPONENT_TYPE_UNSIGNED_SHORT;
     } else {
         a.bufferView = addView(indices.data(), indices.size() * 4, target);
         a.componentType = TINYGLTF_COMPONENT_TYPE_UNSIGNED_INT;
     }
-    m_model.accessors.push_back(a);
-    return int(m_model.accessors.size()) - 1;
-}
-
-int GltfBuffer::addJoints(const std::vector<uint16_t> &joints) {
-    const uint16_t top = joints.empty() ? 0 : *std::max_element(joints.begin(), joints.end());
-    tinygltf::Accessor a;
-    a.count = joints.size() / 4;
-    a.type = TINYGLTF_TYPE_VEC4;
-    if (top < 256) {
-        std::vector<uint8_t> narrow(joints.begin(), joints.end());
-        a.bufferView = addView(narrow.data(), narrow.size(), TINYGLTF_TARGET_ARRAY_BUFFER);
-        a.componentType = TINYGLTF_COMPONENT_TYPE_UNSIGNED_BYTE;
-    } else {
-        a.bufferView = addView(joints.data(), joints.size() * 2, TINYGLTF_TARGET_ARRAY_BUFFER);
-        a.componentType = TINYGLTF_COMPONENT_TYPE_UNSIGNED_SHORT;
-    }
-    m_model.accessors.push_back(a);
-    return int(m_model.accessors.size()) - 1;
+    return addAccessor(std::move(a));
 }

@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <sstream>
 
 namespace {
 
@@ -19,6 +20,74 @@ QString unwritable(const QString &path) {
     if (file.exists() ? !file.isWritable() : !dir.isWritable())
         return QStringLiteral("cannot write %1: permission denied").arg(path);
     return QString();
+}
+
+// The JSON text tinygltf writes into a .glb for `model`, whose buffer holds `binBytes` bytes kept
+// outside it: tinygltf takes the buffer's length from its data and copies the data to write it,
+// so it serialises an empty buffer and the length is put in here. Empty on failure.
+std::string glbJson(const tinygltf::Model &model, size_t binBytes) {
+    std::string text;
+    {
+        std::ostringstream glb;
+        tinygltf::TinyGLTF writer;
+        writer.SetImageWriter(nullptr, nullptr); // images are in the buffer
+        if (!writer.WriteGltfSceneToStream(&model, glb, false, true))
+            return std::string();
+        text = glb.str();
+    }
+    const size_t headers = 20; // the file header, then the JSON chunk's length and type
+    if (text.size() < headers)
+        return std::string();
+    text.erase(0, headers);
+    text.erase(text.find_last_not_of(' ') + 1); // the chunk's padding
+    static const std::string empty = "\"buffers\":[{\"byteLength\":0,";
+    const size_t at = text.find(empty);
+    if (at == std::string::npos || text.find(empty, at + 1) != std::string::npos)
+        return std::string();
+    text.replace(at, empty.size(), "\"buffers\":[{\"byteLength\":" + std::to_string(binBytes) + ",");
+    return text;
+}
+
+void appendWord(std::string &out, uint32_t word) {
+    for (int i = 0; i < 4; ++i)
+        out.push_back(char((word >> (8 * i)) & 0xFF)); // little-endian
+}
+
+// A binary glTF: the header, the JSON chunk padded with spaces and the BIN chunk padded with
+// zeros, the bytes written from where they are.
+bool writeGlb(const QString &path, std::string json, const std::vector<unsigned char> &bin) {
+    json.append((4 - json.size() % 4) % 4, ' ');
+    const size_t binPadded = (bin.size() + 3) & ~size_t(3);
+    const uint64_t total = 12 + 8 + json.size() + (bin.empty() ? 0 : 8 + binPadded);
+    if (total > 0xFFFFFFFFu)
+        return false;
+    std::string head = "glTF";
+    appendWord(head, 2);
+    appendWord(head, uint32_t(total));
+    appendWord(head, uint32_t(json.size()));
+    appendWord(head, 0x4E4F534A); // JSON
+    std::string binHead;
+    appendWord(binHead, uint32_t(binPadded));
+    appendWord(binHead, 0x004E4942); // BIN
+    const char zeros[4] = {0, 0, 0, 0};
+    QFile f(path);
+    if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return false;
+    bool ok = f.write(head.data(), qint64(head.size())) == qint64(head.size()) &&
+              f.write(json.data(), qint64(json.size())) == qint64(json.size());
+    if (ok && !bin.empty())
+        ok = f.write(binHead.data(), 8) == 8 &&
+             f.write(reinterpret_cast<const char *>(bin.data()), qint64(bin.size())) == qint64(bin.size()) &&
+             f.write(zeros, qint64(binPadded - bin.size())) == qint64(binPadded - bin.size());
+    return ok && f.flush();
+}
+
+// The model as a .glb: its buffer's bytes are taken out of it while tinygltf writes the JSON.
+bool writeBinary(tinygltf::Model &model, const QString &path) {
+    std::vector<unsigned char> bin;
+    bin.swap(model.buffers[0].data);
+    std::string json = glbJson(model, bin.size());
+    return !json.empty() && writeGlb(path, std::move(json), bin);
 }
 
 } // namespace
@@ -58,10 +127,16 @@ GltfExportResult exportGltf(const OvScene &scene, const QString &path, int time)
         }
         model.buffers[0].uri = (out.completeBaseName() + QStringLiteral(".bin")).toStdString();
     }
-    tinygltf::TinyGLTF writer;
-    writer.SetImageWriter(nullptr, nullptr); // images are in the buffer or already written
-    const std::string file = QFile::encodeName(path).toStdString();
-    if (!writer.WriteGltfSceneToFile(&model, file, false, false, !binary, binary)) {
+    bool written = false;
+    if (binary) {
+        written = writeBinary(model, path);
+    } else {
+        tinygltf::TinyGLTF writer;
+        writer.SetImageWriter(nullptr, nullptr); // made images are already written
+        written = writer.WriteGltfSceneToFile(&model, QFile::encodeName(path).toStdString(), false, false,
+                                              true, false);
+    }
+    if (!written) {
         QFile::remove(path);
         if (!binary)
             QFile::remove(binFile);

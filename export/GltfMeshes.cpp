@@ -11,31 +11,36 @@
 
 namespace {
 
-// A morph target's POSITION accessor: sparse over a zero-filled array, or dense.
-int targetAccessor(GltfBuffer &buffer, const MorphTarget &t) {
-    if (!t.sparse())
-        return buffer.addFloats(t.dense(), 3, true, TINYGLTF_TARGET_ARRAY_BUFFER);
-    tinygltf::Model &model = buffer.model();
-    const int indices = buffer.addIndices(t.moved, 0);
-    const int values = buffer.addFloats(t.offsets, 3, false);
+// The loaded morph target's POSITION accessor: sparse over a zero-filled array, or dense.
+int targetAccessor(GltfBuffer &buffer, const MorphTargets &t) {
+    const std::vector<uint32_t> &moved = t.moved();
+    if (!t.sparse()) {
+        int view = -1;
+        t.writeDense(
+            buffer.appendView<float>(3 * size_t(t.vertexCount()), TINYGLTF_TARGET_ARRAY_BUFFER, &view));
+        return buffer.floatAccessor(view, 3, true);
+    }
     tinygltf::Accessor a;
+    if (shortIndices(moved.back())) {
+        std::copy(moved.begin(), moved.end(),
+                  buffer.appendView<uint16_t>(moved.size(), 0, &a.sparse.indices.bufferView));
+        a.sparse.indices.componentType = TINYGLTF_COMPONENT_TYPE_UNSIGNED_SHORT;
+    } else {
+        a.sparse.indices.bufferView = buffer.addView(moved.data(), 4 * moved.size());
+        a.sparse.indices.componentType = TINYGLTF_COMPONENT_TYPE_UNSIGNED_INT;
+    }
+    t.writeMoved(buffer.appendView<float>(3 * moved.size(), 0, &a.sparse.values.bufferView));
     a.componentType = TINYGLTF_COMPONENT_TYPE_FLOAT;
     a.type = TINYGLTF_TYPE_VEC3;
-    a.count = size_t(t.vertexCount);
-    a.minValues = {t.min[0], t.min[1], t.min[2]};
-    a.maxValues = {t.max[0], t.max[1], t.max[2]};
+    a.count = size_t(t.vertexCount());
+    a.minValues = {t.min(0), t.min(1), t.min(2)};
+    a.maxValues = {t.max(0), t.max(1), t.max(2)};
     a.sparse.isSparse = true;
-    a.sparse.count = int(t.moved.size());
-    a.sparse.indices.bufferView = model.accessors[size_t(indices)].bufferView;
-    a.sparse.indices.componentType = model.accessors[size_t(indices)].componentType;
-    a.sparse.values.bufferView = model.accessors[size_t(values)].bufferView;
+    a.sparse.count = int(moved.size());
     // tinygltf leaves these offsets uninitialised and writes them as they are.
     a.sparse.indices.byteOffset = 0;
     a.sparse.values.byteOffset = 0;
-    // The helper accessors only carried the views.
-    model.accessors.resize(model.accessors.size() - 2);
-    model.accessors.push_back(a);
-    return int(model.accessors.size()) - 1;
+    return buffer.addAccessor(std::move(a));
 }
 
 } // namespace
@@ -86,7 +91,7 @@ WrittenMesh MeshWriter::write(const ExportShape &shape, const QString &name, int
         return out;
     for (const OvMorph *m : out.morphs)
         mesh.weights.push_back(m->getValueChannel()->getValueAt(time));
-    m_buffer.model().meshes.push_back(mesh);
+    m_buffer.model().meshes.push_back(std::move(mesh));
     out.mesh = int(m_buffer.model().meshes.size()) - 1;
     m_written[key] = out;
     return out;
@@ -96,14 +101,15 @@ void MeshWriter::addTargets(tinygltf::Mesh &mesh, const ExportShape &shape, cons
                             const QString &name, WrittenMesh &out) {
     GltfNames targetNames;
     tinygltf::Value::Array names;
+    MorphTargets t(built, shape.mesh->getNumVertices());
     for (const OvMorph *m : shape.morphs) {
-        const MorphTarget t = buildMorphTarget(*m->getDeltas(), built, shape.mesh->getNumVertices());
-        if (!t.finite) {
+        t.load(*m->getDeltas());
+        if (!t.finite()) {
             m_report.errors << QStringLiteral("morph %1 of %2 has an offset that is not a number")
                                    .arg(m->getName(), name);
             return;
         }
-        if (t.empty()) {
+        if (t.moved().empty()) {
             m_report.notes
                 << QStringLiteral("morph %1 of %2 moves no vertex: left out").arg(m->getName(), name);
             continue;

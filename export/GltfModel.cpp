@@ -84,7 +84,7 @@ void Builder::nodes() {
         tinygltf::Node node;
         node.name = m_names.make(n.name, "node");
         setTransform(node, nodeTransformAt(n, m_time));
-        addNode(node, n.parent);
+        addNode(std::move(node), n.parent);
     }
     QSet<const OvNode *> shown;
     for (const ExportShape &s : records.shapes)
@@ -224,7 +224,7 @@ void Builder::animation() {
     }
     if (!m_animation.channels.empty()) {
         m_animation.name = "Scene";
-        m_model.animations.push_back(m_animation);
+        m_model.animations.push_back(std::move(m_animation));
     }
 }
 

@@ -5,7 +5,6 @@
 #include <OvPolyMesh.h>
 #include <algorithm>
 #include <cmath>
-#include <map>
 
 namespace {
 
@@ -16,6 +15,13 @@ public:
     VertexTable(const OvPolyMesh &mesh, BuiltMesh &out)
         : m_mesh(mesh), m_out(out), m_first(size_t(mesh.getNumVertices()), -1) {
         m_useUVs = mesh.getUVs()->getNumValues() > 0;
+        // About one vertex per position: a few more where UV seams split them.
+        const size_t expected = size_t(mesh.getNumVertices()) + size_t(mesh.getNumVertices()) / 8;
+        m_out.sourceVertex.reserve(expected);
+        m_uv.reserve(expected);
+        m_next.reserve(expected);
+        if (m_useUVs)
+            m_out.uvs.reserve(2 * expected);
     }
     uint32_t vertex(int position, int uv) {
         if (!m_useUVs)
@@ -46,22 +52,24 @@ private:
 };
 
 // Area-weighted normal of every host vertex, summed over the faces around it (Newell's method,
-// so that polygons that are not flat still give a fair normal).
-std::vector<float> vertexNormals(const OvPolyMesh &mesh) {
-    std::vector<float> n(3 * size_t(mesh.getNumVertices()), 0.0f);
+// so that polygons that are not flat still give a fair normal). `at` holds the host positions.
+std::vector<float> vertexNormals(const OvPolyMesh &mesh, const std::vector<float> &at) {
+    std::vector<float> n(at.size(), 0.0f);
     for (int f = 0; f < mesh.getNumFaces(); ++f) {
         const int size = mesh.getFaceSize(f);
         double face[3] = {0, 0, 0};
         for (int c = 0; c < size; ++c) {
-            const float *a = mesh.getVertex(mesh.getFaceVertex(f, c));
-            const float *b = mesh.getVertex(mesh.getFaceVertex(f, (c + 1) % size));
+            const float *a = &at[3 * size_t(mesh.getFaceVertex(f, c))];
+            const float *b = &at[3 * size_t(mesh.getFaceVertex(f, c + 1 < size ? c + 1 : 0))];
             face[0] += double(a[1] - b[1]) * (a[2] + b[2]);
             face[1] += double(a[2] - b[2]) * (a[0] + b[0]);
             face[2] += double(a[0] - b[0]) * (a[1] + b[1]);
         }
-        for (int c = 0; c < size; ++c)
+        for (int c = 0; c < size; ++c) {
+            float *to = &n[3 * size_t(mesh.getFaceVertex(f, c))];
             for (int k = 0; k < 3; ++k)
-                n[3 * size_t(mesh.getFaceVertex(f, c)) + size_t(k)] += float(face[k]);
+                to[k] += float(face[k]);
+        }
     }
     for (size_t v = 0; v < n.size(); v += 3) {
         const float len = std::sqrt(n[v] * n[v] + n[v + 1] * n[v + 1] + n[v + 2] * n[v + 2]);
@@ -74,33 +82,59 @@ std::vector<float> vertexNormals(const OvPolyMesh &mesh) {
     return n;
 }
 
+// The host positions in one plain array (a body part reads them through an index table), or
+// empty when one is not a finite number.
+std::vector<float> hostPositions(const OvPolyMesh &mesh) {
+    std::vector<float> at(3 * size_t(mesh.getNumVertices()));
+    for (int v = 0; v < mesh.getNumVertices(); ++v) {
+        const float *p = mesh.getVertex(v);
+        if (!std::isfinite(p[0]) || !std::isfinite(p[1]) || !std::isfinite(p[2]))
+            return std::vector<float>();
+        std::copy_n(p, 3, &at[3 * size_t(v)]);
+    }
+    return at;
+}
+
+// One part per material the faces use, in material order.
+void makeParts(const OvPolyMesh &mesh, std::vector<BuiltMesh::Part> &parts) {
+    std::vector<int> materials;
+    int last = -1;
+    for (int f = 0; f < mesh.getNumFaces(); ++f) {
+        const int m = mesh.getFaceMaterial(f);
+        if (m == last && !materials.empty())
+            continue; // faces come in runs of one material
+        last = m;
+        const auto at = std::lower_bound(materials.begin(), materials.end(), m);
+        if (at == materials.end() || *at != m)
+            materials.insert(at, m);
+    }
+    for (int m : materials)
+        parts.push_back({m, {}});
+}
+
 } // namespace
 
 BuiltMesh buildMesh(const OvPolyMesh &mesh) {
     BuiltMesh out;
-    for (int v = 0; v < mesh.getNumVertices(); ++v)
-        for (int k = 0; k < 3; ++k)
-            if (!std::isfinite(mesh.getVertex(v)[k])) {
-                out.finite = false;
-                return out;
-            }
-    VertexTable table(mesh, out);
-    std::map<int, size_t> partOf; // material -> part, in material order
-    for (int f = 0; f < mesh.getNumFaces(); ++f)
-        partOf.emplace(mesh.getFaceMaterial(f), 0);
-    for (auto &[material, part] : partOf) {
-        part = out.parts.size();
-        out.parts.push_back({material, {}});
+    const std::vector<float> at = hostPositions(mesh);
+    if (at.size() != 3 * size_t(mesh.getNumVertices())) {
+        out.finite = false;
+        return out;
     }
+    VertexTable table(mesh, out);
+    makeParts(mesh, out.parts);
     std::vector<uint32_t> *indices = nullptr;
     int lastMaterial = -1;
     for (int f = 0; f < mesh.getNumFaces(); ++f) {
         const int size = mesh.getFaceSize(f);
         if (size < 3)
             continue; // points and lines draw nothing
-        if (const int material = mesh.getFaceMaterial(f); material != lastMaterial) {
+        if (const int material = mesh.getFaceMaterial(f); material != lastMaterial || !indices) {
             lastMaterial = material;
-            indices = &out.parts[partOf[material]].indices; // faces come in runs of one material
+            const auto part =
+                std::lower_bound(out.parts.begin(), out.parts.end(), material,
+                                 [](const BuiltMesh::Part &p, int m) { return p.material < m; });
+            indices = &part->indices;
         }
         const uint32_t first = table.vertex(mesh.getFaceVertex(f, 0), mesh.getFaceUV(f, 0));
         uint32_t previous = table.vertex(mesh.getFaceVertex(f, 1), mesh.getFaceUV(f, 1));
@@ -114,15 +148,16 @@ BuiltMesh buildMesh(const OvPolyMesh &mesh) {
     out.parts.erase(std::remove_if(out.parts.begin(), out.parts.end(),
                                    [](const BuiltMesh::Part &p) { return p.indices.empty(); }),
                     out.parts.end());
-    const std::vector<float> normals = vertexNormals(mesh);
-    out.positions.reserve(3 * out.sourceVertex.size());
-    out.normals.reserve(3 * out.sourceVertex.size());
-    for (size_t v = 0; v < out.sourceVertex.size(); ++v) {
-        const float *p = mesh.getVertex(out.sourceVertex[v]);
-        for (int k = 0; k < 3; ++k) {
-            const float m = p[k] * kMetresPerHostUnit;
-            out.positions.push_back(m);
-            out.normals.push_back(normals[3 * size_t(out.sourceVertex[v]) + size_t(k)]);
+    const std::vector<float> normals = vertexNormals(mesh, at);
+    const size_t n = out.sourceVertex.size();
+    out.positions.resize(3 * n);
+    out.normals.resize(3 * n);
+    for (size_t v = 0; v < n; ++v) {
+        const size_t from = 3 * size_t(out.sourceVertex[v]);
+        for (size_t k = 0; k < 3; ++k) {
+            const float m = at[from + k] * kMetresPerHostUnit;
+            out.positions[3 * v + k] = m;
+            out.normals[3 * v + k] = normals[from + k];
             out.min[k] = v == 0 ? m : std::min(out.min[k], m);
             out.max[k] = v == 0 ? m : std::max(out.max[k], m);
         }

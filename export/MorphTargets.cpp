@@ -1,56 +1,64 @@
 #include "MorphTargets.h"
 
 #include "ExportScene.h"
+#include "GltfBuffer.h"
 
 #include <OvMorph.h>
 #include <algorithm>
 #include <cmath>
 
-size_t MorphTarget::sparseBytes() const {
-    const size_t indexBytes = vertexCount < 0xFFFF ? 2 : 4;
-    return moved.size() * (indexBytes + 12);
+MorphTargets::MorphTargets(const BuiltMesh &mesh, int hostVertices)
+    : m_mesh(mesh), m_perHost(3 * size_t(std::max(hostVertices, 0)), 0.0f) {}
+
+size_t MorphTargets::sparseBytes() const {
+    const size_t indexBytes = shortIndices(uint32_t(vertexCount())) ? 2 : 4;
+    return m_moved.size() * (indexBytes + 12);
 }
 
-std::vector<float> MorphTarget::dense() const {
-    std::vector<float> all(3 * size_t(vertexCount), 0.0f);
-    for (size_t i = 0; i < moved.size(); ++i)
-        std::copy_n(&offsets[3 * i], 3, &all[3 * size_t(moved[i])]);
-    return all;
-}
-
-MorphTarget buildMorphTarget(const OvMorphDeltas &deltas, const BuiltMesh &mesh, int hostVertices) {
-    MorphTarget t;
-    t.vertexCount = int(mesh.sourceVertex.size());
-    // Offsets per host vertex; a vertex named twice takes both offsets, as the host adds them.
-    std::vector<float> perHost(3 * size_t(hostVertices), 0.0f);
+void MorphTargets::load(const OvMorphDeltas &deltas) {
+    for (int v : m_touched)
+        std::fill_n(&m_perHost[3 * size_t(v)], 3, 0.0f);
+    m_touched.clear();
+    const int hostVertices = int(m_perHost.size() / 3);
+    const float *offsets = deltas.offsets();
     for (int i = 0; i < deltas.getNumDeltas(); ++i) {
         const int v = deltas.getIndex(i);
         if (v < 0 || v >= hostVertices)
             continue;
-        for (int k = 0; k < 3; ++k)
-            perHost[3 * size_t(v) + size_t(k)] += deltas.offsets()[3 * size_t(i) + size_t(k)];
+        m_touched.push_back(v);
+        for (size_t k = 0; k < 3; ++k)
+            m_perHost[3 * size_t(v) + k] += offsets[3 * size_t(i) + k];
     }
-    for (size_t v = 0; v < mesh.sourceVertex.size(); ++v) {
-        const float *d = &perHost[3 * size_t(mesh.sourceVertex[v])];
+    m_moved.clear();
+    m_finite = true;
+    std::fill_n(m_min, 3, 0.0f);
+    std::fill_n(m_max, 3, 0.0f);
+    for (size_t v = 0; v < m_mesh.sourceVertex.size(); ++v) {
+        const float *d = offset(uint32_t(v));
         if (d[0] == 0 && d[1] == 0 && d[2] == 0)
             continue;
-        t.moved.push_back(uint32_t(v));
+        m_moved.push_back(uint32_t(v));
         for (int k = 0; k < 3; ++k) {
             const float m = d[k] * kMetresPerHostUnit;
-            t.finite = t.finite && std::isfinite(m);
-            t.offsets.push_back(m);
-            t.min[k] = std::min(t.min[k], m);
-            t.max[k] = std::max(t.max[k], m);
+            m_finite = m_finite && std::isfinite(m);
+            m_min[k] = std::min(m_min[k], m);
+            m_max[k] = std::max(m_max[k], m);
         }
     }
-    if (t.moved.size() == size_t(t.vertexCount)) // no vertex keeps the implicit zero
-        for (int k = 0; k < 3; ++k) {
-            t.min[k] = t.offsets[size_t(k)];
-            t.max[k] = t.offsets[size_t(k)];
-            for (size_t i = 0; i < t.moved.size(); ++i) {
-                t.min[k] = std::min(t.min[k], t.offsets[3 * i + size_t(k)]);
-                t.max[k] = std::max(t.max[k], t.offsets[3 * i + size_t(k)]);
-            }
-        }
-    return t;
+}
+
+void MorphTargets::writeMoved(float *out) const {
+    for (uint32_t v : m_moved) {
+        const float *d = offset(v);
+        for (int k = 0; k < 3; ++k)
+            *out++ = d[k] * kMetresPerHostUnit;
+    }
+}
+
+void MorphTargets::writeDense(float *all) const {
+    for (uint32_t v : m_moved) {
+        const float *d = offset(v);
+        for (int k = 0; k < 3; ++k)
+            all[3 * size_t(v) + size_t(k)] = d[k] * kMetresPerHostUnit;
+    }
 }

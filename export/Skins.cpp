@@ -31,20 +31,29 @@ std::vector<int> writeSkins(GltfBuffer &buffer, const ExportScene &scene) {
 }
 
 void bindAll(GltfBuffer &buffer, int joint, size_t vertices, int *jointsAccessor, int *weightsAccessor) {
-    std::vector<uint16_t> joints(4 * vertices, 0);
-    // Weights as normalised bytes: 1 is 255, a quarter of the size of floats.
-    std::vector<uint8_t> weights(4 * vertices, 0);
-    for (size_t v = 0; v < vertices; ++v) {
-        joints[4 * v] = uint16_t(joint);
-        weights[4 * v] = 255;
+    tinygltf::Accessor j;
+    j.count = vertices;
+    j.type = TINYGLTF_TYPE_VEC4;
+    if (joint < 256) {
+        auto *joints = buffer.appendView<uint8_t>(4 * vertices, TINYGLTF_TARGET_ARRAY_BUFFER, &j.bufferView);
+        for (size_t v = 0; v < vertices; ++v)
+            joints[4 * v] = uint8_t(joint);
+        j.componentType = TINYGLTF_COMPONENT_TYPE_UNSIGNED_BYTE;
+    } else {
+        auto *joints = buffer.appendView<uint16_t>(4 * vertices, TINYGLTF_TARGET_ARRAY_BUFFER, &j.bufferView);
+        for (size_t v = 0; v < vertices; ++v)
+            joints[4 * v] = uint16_t(joint);
+        j.componentType = TINYGLTF_COMPONENT_TYPE_UNSIGNED_SHORT;
     }
-    *jointsAccessor = buffer.addJoints(joints);
-    tinygltf::Accessor a;
-    a.bufferView = buffer.addView(weights.data(), weights.size(), TINYGLTF_TARGET_ARRAY_BUFFER);
-    a.componentType = TINYGLTF_COMPONENT_TYPE_UNSIGNED_BYTE;
-    a.normalized = true;
-    a.count = vertices;
-    a.type = TINYGLTF_TYPE_VEC4;
-    buffer.model().accessors.push_back(a);
-    *weightsAccessor = int(buffer.model().accessors.size()) - 1;
+    *jointsAccessor = buffer.addAccessor(std::move(j));
+    // Weights as normalised bytes: 1 is 255, a quarter of the size of floats.
+    tinygltf::Accessor w;
+    auto *weights = buffer.appendView<uint8_t>(4 * vertices, TINYGLTF_TARGET_ARRAY_BUFFER, &w.bufferView);
+    for (size_t v = 0; v < vertices; ++v)
+        weights[4 * v] = 255;
+    w.componentType = TINYGLTF_COMPONENT_TYPE_UNSIGNED_BYTE;
+    w.normalized = true;
+    w.count = vertices;
+    w.type = TINYGLTF_TYPE_VEC4;
+    *weightsAccessor = buffer.addAccessor(std::move(w));
 }
