@@ -5,7 +5,8 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <sstream>
+#include <algorithm>
+#include <ostream>
 
 namespace {
 
@@ -22,23 +23,42 @@ QString unwritable(const QString &path) {
     return QString();
 }
 
+// Keeps what tinygltf writes of a .glb without its header: the JSON chunk (its buffer is empty).
+class JsonSink : public std::streambuf {
+public:
+    std::string text;
+
+protected:
+    std::streamsize xsputn(const char *s, std::streamsize n) override {
+        const size_t skip = std::min(kHeaders - m_skipped, size_t(n));
+        m_skipped += skip;
+        text.append(s + skip, size_t(n) - skip);
+        return n;
+    }
+    int_type overflow(int_type c) override {
+        if (!traits_type::eq_int_type(c, traits_type::eof())) {
+            const char one = traits_type::to_char_type(c);
+            xsputn(&one, 1);
+        }
+        return traits_type::not_eof(c);
+    }
+
+private:
+    static constexpr size_t kHeaders = 20; // the file header, then the JSON chunk's length and type
+    size_t m_skipped = 0;
+};
+
 // The JSON text tinygltf writes into a .glb for `model`, whose buffer holds `binBytes` bytes kept
 // outside it: tinygltf takes the buffer's length from its data and copies the data to write it,
 // so it serialises an empty buffer and the length is put in here. Empty on failure.
 std::string glbJson(const tinygltf::Model &model, size_t binBytes) {
-    std::string text;
-    {
-        std::ostringstream glb;
-        tinygltf::TinyGLTF writer;
-        writer.SetImageWriter(nullptr, nullptr); // images are in the buffer
-        if (!writer.WriteGltfSceneToStream(&model, glb, false, true))
-            return std::string();
-        text = glb.str();
-    }
-    const size_t headers = 20; // the file header, then the JSON chunk's length and type
-    if (text.size() < headers)
+    JsonSink sink;
+    std::ostream glb(&sink);
+    tinygltf::TinyGLTF writer;
+    writer.SetImageWriter(nullptr, nullptr); // images are in the buffer
+    if (!writer.WriteGltfSceneToStream(&model, glb, false, true) || sink.text.empty())
         return std::string();
-    text.erase(0, headers);
+    std::string text = std::move(sink.text);
     text.erase(text.find_last_not_of(' ') + 1); // the chunk's padding
     static const std::string empty = "\"buffers\":[{\"byteLength\":0,";
     const size_t at = text.find(empty);
