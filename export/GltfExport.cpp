@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <algorithm>
 #include <ostream>
+#include <string_view>
 
 namespace {
 
@@ -23,16 +24,33 @@ QString unwritable(const QString &path) {
     return QString();
 }
 
-// Keeps what tinygltf writes of a .glb without its header: the JSON chunk (its buffer is empty).
-class JsonSink : public std::streambuf {
+void appendWord(std::string &out, uint32_t word) {
+    for (int i = 0; i < 4; ++i)
+        out.push_back(char((word >> (8 * i)) & 0xFF)); // little-endian
+}
+
+// Takes what tinygltf writes of a .glb for a model whose buffer's bytes are kept outside it, and
+// writes its JSON text on to `file`: tinygltf takes the buffer's length from its data (and would
+// copy the data to write it), so it is given an empty buffer and the length is put in here. Its
+// header and the chunk's padding are left out; the text comes in one piece.
+class JsonChunkSink : public std::streambuf {
 public:
-    std::string text;
+    JsonChunkSink(QFile &file, size_t binBytes)
+        : m_file(file), m_length("\"buffers\":[{\"byteLength\":" + std::to_string(binBytes) + ",") {}
+    // Bytes of JSON written; 0 when the text was not as expected or could not be written.
+    size_t written() const { return m_ok ? m_written : 0; }
 
 protected:
     std::streamsize xsputn(const char *s, std::streamsize n) override {
         const size_t skip = std::min(kHeaders - m_skipped, size_t(n));
         m_skipped += skip;
-        text.append(s + skip, size_t(n) - skip);
+        const std::string_view piece(s + skip, size_t(n) - skip);
+        if (piece.empty())
+            return n;
+        if (m_written > 0) // the padding
+            m_ok = m_ok && piece.find_first_not_of(' ') == std::string_view::npos;
+        else
+            writeText(piece);
         return n;
     }
     int_type overflow(int_type c) override {
@@ -44,70 +62,62 @@ protected:
     }
 
 private:
+    void writeText(std::string_view text) {
+        static constexpr std::string_view empty = "\"buffers\":[{\"byteLength\":0,";
+        const size_t at = text.find(empty);
+        m_ok = at != std::string_view::npos && text.find(empty, at + 1) == std::string_view::npos &&
+               text.back() != ' ' && put(text.substr(0, at)) && put(m_length) &&
+               put(text.substr(at + empty.size()));
+    }
+    bool put(std::string_view bytes) {
+        m_written += bytes.size();
+        return m_file.write(bytes.data(), qint64(bytes.size())) == qint64(bytes.size());
+    }
+
     static constexpr size_t kHeaders = 20; // the file header, then the JSON chunk's length and type
+    QFile &m_file;
+    const std::string m_length;
     size_t m_skipped = 0;
+    size_t m_written = 0;
+    bool m_ok = false;
 };
 
-// The JSON text tinygltf writes into a .glb for `model`, whose buffer holds `binBytes` bytes kept
-// outside it: tinygltf takes the buffer's length from its data and copies the data to write it,
-// so it serialises an empty buffer and the length is put in here. Empty on failure.
-std::string glbJson(const tinygltf::Model &model, size_t binBytes) {
-    JsonSink sink;
-    std::ostream glb(&sink);
-    tinygltf::TinyGLTF writer;
-    writer.SetImageWriter(nullptr, nullptr); // images are in the buffer
-    if (!writer.WriteGltfSceneToStream(&model, glb, false, true) || sink.text.empty())
-        return std::string();
-    std::string text = std::move(sink.text);
-    text.erase(text.find_last_not_of(' ') + 1); // the chunk's padding
-    static const std::string empty = "\"buffers\":[{\"byteLength\":0,";
-    const size_t at = text.find(empty);
-    if (at == std::string::npos || text.find(empty, at + 1) != std::string::npos)
-        return std::string();
-    text.replace(at, empty.size(), "\"buffers\":[{\"byteLength\":" + std::to_string(binBytes) + ",");
-    return text;
-}
-
-void appendWord(std::string &out, uint32_t word) {
-    for (int i = 0; i < 4; ++i)
-        out.push_back(char((word >> (8 * i)) & 0xFF)); // little-endian
-}
-
-// A binary glTF: the header, the JSON chunk padded with spaces and the BIN chunk padded with
-// zeros, the bytes written from where they are.
-bool writeGlb(const QString &path, std::string json, const std::vector<unsigned char> &bin) {
-    json.append((4 - json.size() % 4) % 4, ' ');
-    const size_t binPadded = (bin.size() + 3) & ~size_t(3);
-    const uint64_t total = 12 + 8 + json.size() + (bin.empty() ? 0 : 8 + binPadded);
-    if (total > 0xFFFFFFFFu)
-        return false;
-    std::string head = "glTF";
-    appendWord(head, 2);
-    appendWord(head, uint32_t(total));
-    appendWord(head, uint32_t(json.size()));
-    appendWord(head, 0x4E4F534A); // JSON
-    std::string binHead;
-    appendWord(binHead, uint32_t(binPadded));
-    appendWord(binHead, 0x004E4942); // BIN
-    const char zeros[4] = {0, 0, 0, 0};
-    QFile f(path);
-    if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
-    bool ok = f.write(head.data(), qint64(head.size())) == qint64(head.size()) &&
-              f.write(json.data(), qint64(json.size())) == qint64(json.size());
-    if (ok && !bin.empty())
-        ok = f.write(binHead.data(), 8) == 8 &&
-             f.write(reinterpret_cast<const char *>(bin.data()), qint64(bin.size())) == qint64(bin.size()) &&
-             f.write(zeros, qint64(binPadded - bin.size())) == qint64(binPadded - bin.size());
-    return ok && f.flush();
-}
-
-// The model as a .glb: its buffer's bytes are taken out of it while tinygltf writes the JSON.
+// The model as a binary glTF: the header, the JSON chunk padded with spaces and the BIN chunk
+// padded with zeros. The buffer's bytes are taken out of the model while tinygltf writes the JSON
+// and written from where they are; the header, which counts the JSON, is written last.
 bool writeBinary(tinygltf::Model &model, const QString &path) {
     std::vector<unsigned char> bin;
     bin.swap(model.buffers[0].data);
-    std::string json = glbJson(model, bin.size());
-    return !json.empty() && writeGlb(path, std::move(json), bin);
+    QFile f(path);
+    if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate) || !f.seek(20))
+        return false;
+    JsonChunkSink sink(f, bin.size());
+    std::ostream glb(&sink);
+    tinygltf::TinyGLTF writer;
+    writer.SetImageWriter(nullptr, nullptr); // images are in the buffer
+    if (!writer.WriteGltfSceneToStream(&model, glb, false, true) || sink.written() == 0)
+        return false;
+    const size_t json = (sink.written() + 3) & ~size_t(3);
+    const size_t binPadded = (bin.size() + 3) & ~size_t(3);
+    const uint64_t total = 12 + 8 + json + (bin.empty() ? 0 : 8 + binPadded);
+    if (total > 0xFFFFFFFFu)
+        return false;
+    std::string tail(json - sink.written(), ' ');
+    if (!bin.empty()) {
+        appendWord(tail, uint32_t(binPadded));
+        appendWord(tail, 0x004E4942); // BIN
+    }
+    std::string head = "glTF";
+    appendWord(head, 2);
+    appendWord(head, uint32_t(total));
+    appendWord(head, uint32_t(json));
+    appendWord(head, 0x4E4F534A); // JSON
+    const char zeros[4] = {0, 0, 0, 0};
+    const auto put = [&f](const void *data, size_t bytes) {
+        return f.write(static_cast<const char *>(data), qint64(bytes)) == qint64(bytes);
+    };
+    return put(tail.data(), tail.size()) && put(bin.data(), bin.size()) &&
+           put(zeros, binPadded - bin.size()) && f.seek(0) && put(head.data(), head.size()) && f.flush();
 }
 
 } // namespace
