@@ -65,10 +65,12 @@ std::vector<float> vertexNormals(const OvPolyMesh &mesh, const std::vector<float
             face[1] += double(a[2] - b[2]) * (a[0] + b[0]);
             face[2] += double(a[0] - b[0]) * (a[1] + b[1]);
         }
+        const float add[3] = {float(face[0]), float(face[1]), float(face[2])};
         for (int c = 0; c < size; ++c) {
             float *to = &n[3 * size_t(mesh.getFaceVertex(f, c))];
-            for (int k = 0; k < 3; ++k)
-                to[k] += float(face[k]);
+            to[0] += add[0];
+            to[1] += add[1];
+            to[2] += add[2];
         }
     }
     for (size_t v = 0; v < n.size(); v += 3) {

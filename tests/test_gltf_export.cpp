@@ -278,11 +278,42 @@ TEST_F(GltfExportTest, RefusesWhatItCannotWriteValidly) {
     EXPECT_FALSE(exportAndLoad("out.obj"));
 }
 
-TEST_F(GltfExportTest, WritesTheBufferBesideAGltf) {
-    node("a", grid(2, 2));
+uint32_t word(const QByteArray &bytes, int at) {
+    uint32_t w = 0;
+    for (int i = 3; i >= 0; --i)
+        w = (w << 8) | uint8_t(bytes[at + i]);
+    return w;
+}
+
+TEST_F(GltfExportTest, WritesTheBufferBesideAGltfAndInsideAGlb) {
+    OvPolyMesh *mesh = grid(2, 2);
+    const int corners[3] = {0, 1, 2};
+    mesh->addFace(corners, corners, 3); // 9 indices: the buffer's end is not at a 4-byte boundary
+    node("a", mesh);
     ASSERT_TRUE(exportAndLoad("scene.gltf"));
     EXPECT_TRUE(QFile::exists(dir.filePath("scene.bin")));
     EXPECT_EQ(model.buffers[0].uri, "scene.bin");
+    const size_t binBytes = model.buffers[0].data.size();
+    model = tinygltf::Model();
+    ASSERT_TRUE(exportAndLoad("scene.glb"));
+    EXPECT_EQ(model.buffers[0].data.size(), binBytes);
+    QFile f(path);
+    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
+    const QByteArray glb = f.readAll();
+    ASSERT_GT(glb.size(), 28);
+    EXPECT_EQ(glb.left(4), "glTF");
+    EXPECT_EQ(word(glb, 4), 2u);
+    EXPECT_EQ(word(glb, 8), uint32_t(glb.size()));
+    const uint32_t json = word(glb, 12);
+    EXPECT_EQ(json % 4, 0u);
+    EXPECT_EQ(word(glb, 16), 0x4E4F534Au) << "JSON";
+    const QByteArray text = glb.mid(20, int(json));
+    EXPECT_TRUE(text.trimmed().endsWith('}')) << "padded with spaces";
+    EXPECT_TRUE(text.contains("\"byteLength\":" + QByteArray::number(qulonglong(binBytes)) + ","));
+    const int bin = 20 + int(json);
+    EXPECT_EQ(word(glb, bin), uint32_t((binBytes + 3) & ~size_t(3)));
+    EXPECT_EQ(word(glb, bin + 4), 0x004E4942u) << "BIN";
+    EXPECT_EQ(glb.size(), bin + 8 + int(word(glb, bin)));
 }
 
 const tinygltf::Material &materialNamed(const tinygltf::Model &model, const std::string &name) {
