@@ -293,6 +293,9 @@ TEST_F(GltfExportTest, WritesTheBufferBesideAGltfAndInsideAGlb) {
     ASSERT_TRUE(exportAndLoad("scene.gltf"));
     EXPECT_TRUE(QFile::exists(dir.filePath("scene.bin")));
     EXPECT_EQ(model.buffers[0].uri, "scene.bin");
+    model = tinygltf::Model();
+    ASSERT_TRUE(exportAndLoad("\"quoted\".gltf")) << "a name that JSON escapes";
+    EXPECT_EQ(model.buffers[0].uri, "\"quoted\".bin");
     const size_t binBytes = model.buffers[0].data.size();
     model = tinygltf::Model();
     ASSERT_TRUE(exportAndLoad("scene.glb"));
