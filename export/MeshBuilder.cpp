@@ -97,21 +97,23 @@ std::vector<float> hostPositions(const OvPolyMesh &mesh) {
     return at;
 }
 
-// One part per material the faces use, in material order.
+// One part per material the faces use, in material order, with room for its triangles.
 void makeParts(const OvPolyMesh &mesh, std::vector<BuiltMesh::Part> &parts) {
-    std::vector<int> materials;
-    int last = -1;
+    std::vector<std::pair<int, size_t>> triangles; // per material
+    auto run = triangles.end();
     for (int f = 0; f < mesh.getNumFaces(); ++f) {
         const int m = mesh.getFaceMaterial(f);
-        if (m == last && !materials.empty())
-            continue; // faces come in runs of one material
-        last = m;
-        const auto at = std::lower_bound(materials.begin(), materials.end(), m);
-        if (at == materials.end() || *at != m)
-            materials.insert(at, m);
+        if (run == triangles.end() || run->first != m) { // faces come in runs of one material
+            run = std::lower_bound(triangles.begin(), triangles.end(), std::make_pair(m, size_t(0)));
+            if (run == triangles.end() || run->first != m)
+                run = triangles.insert(run, {m, 0});
+        }
+        run->second += size_t(std::max(mesh.getFaceSize(f) - 2, 0));
     }
-    for (int m : materials)
+    for (const auto &[m, count] : triangles) {
         parts.push_back({m, {}});
+        parts.back().indices.reserve(3 * count);
+    }
 }
 
 } // namespace
