@@ -142,11 +142,13 @@ OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name, std::vector<int
         return nullptr;
     const size_t nf = size_t(getNumFaceGroupFaces(g));
     size_t corners = 0;
+    int largestMaterial = 0;
     if (materialIndices)
         materialIndices->clear();
     for (size_t i = 0; i < nf; ++i) {
         const int f = getFaceGroupFace(g, int(i));
         corners += size_t(getFaceSize(f));
+        largestMaterial = std::max(largestMaterial, getFaceMaterial(f));
         // Faces come in runs of one material: only a change is worth remembering before the sort.
         if (materialIndices && (materialIndices->empty() || materialIndices->back() != getFaceMaterial(f)))
             materialIndices->push_back(getFaceMaterial(f));
@@ -155,12 +157,16 @@ OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name, std::vector<int
         std::sort(materialIndices->begin(), materialIndices->end());
         materialIndices->erase(std::unique(materialIndices->begin(), materialIndices->end()),
                                materialIndices->end());
+        largestMaterial = int(materialIndices->size()) - 1;
     }
 
     auto *mesh = new OvPolyMesh;
     mesh->setName(name);
-    mesh->m_faceStart.resize(nf + 1);
-    mesh->m_faceMaterial.resize(nf);
+    // Face starts run up to the corner count, materials up to the largest one used: a body part's
+    // tables fit in 16 bits.
+    mesh->m_faceStart.resizeFor(nf + 1, corners > size_t(OvIndexArray::kMaxShort) ? -1 : int(corners));
+    mesh->m_faceStart.set(0, 0);
+    mesh->m_faceMaterial.resizeFor(nf, largestMaterial);
 
     const size_t nv = size_t(getNumVertices()), nuv = size_t(m_uvs.getNumValues());
     ZeroedInts scratch(nv + nuv);
@@ -211,7 +217,7 @@ OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name, std::vector<int
                 cuv32[k] = t - 1;
             }
         }
-        mesh->m_faceStart[i + 1] = int(k);
+        mesh->m_faceStart.set(i + 1, int(k));
         int m = getFaceMaterial(f);
         if (materialIndices) {
             if (m != lastMaterial) {
@@ -221,7 +227,7 @@ OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name, std::vector<int
             }
             m = lastPosition;
         }
-        mesh->m_faceMaterial[i] = m;
+        mesh->m_faceMaterial.set(i, m);
     }
 
     mesh->m_vertices.shareFrom(m_vertices, std::move(vertexSource));
