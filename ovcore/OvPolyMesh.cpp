@@ -188,12 +188,19 @@ OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name, std::vector<int
         cv32 = mesh->m_cornerVerts.resizeWide(corners);
         cuv32 = mesh->m_cornerUVs.resizeWide(corners);
     }
+    // A mesh read from a file has 32-bit tables: its corners are read straight from them.
+    const int *starts = m_faceStart.wideData(), *verts = m_cornerVerts.wideData(),
+              *uvs = m_cornerUVs.wideData();
+    const bool direct = starts && verts && uvs;
     size_t k = 0;
     int lastMaterial = -1, lastPosition = 0;
     for (size_t i = 0; i < nf; ++i) {
-        const int f = getFaceGroupFace(g, int(i));
-        for (int c = 0, n = getFaceSize(f); c < n; ++c, ++k) {
-            const int sv = getFaceVertex(f, c), suv = getFaceUV(f, c);
+        const size_t f = size_t(getFaceGroupFace(g, int(i)));
+        const size_t first = size_t(direct ? starts[f] : m_faceStart[f]);
+        const size_t end = size_t(direct ? starts[f + 1] : m_faceStart[f + 1]);
+        for (size_t corner = first; corner < end; ++corner, ++k) {
+            const int sv = direct ? verts[corner] : m_cornerVerts[corner];
+            const int suv = direct ? uvs[corner] : m_cornerUVs[corner];
             int &v = newVertex[sv];
             if (v == 0) {
                 vertexSource.push_back(sv);
@@ -218,7 +225,7 @@ OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name, std::vector<int
             }
         }
         mesh->m_faceStart.set(i + 1, int(k));
-        int m = getFaceMaterial(f);
+        int m = getFaceMaterial(int(f));
         if (materialIndices) {
             if (m != lastMaterial) {
                 lastMaterial = m;

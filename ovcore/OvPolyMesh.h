@@ -145,6 +145,8 @@ class OvIndexArray {
 public:
     size_t size() const { return m_narrow ? m_short.size() : m_wide.size(); }
     bool isNarrow() const { return m_narrow; }
+    // The entries of a 32-bit array, for loops over many of them; null for a narrow one.
+    const int *wideData() const { return m_narrow ? nullptr : m_wide.data(); }
     int operator[](size_t k) const { return m_narrow ? int(m_short[k]) : m_wide[k]; }
     void push_back(int v) {
         if (!m_narrow)
