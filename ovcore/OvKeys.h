@@ -1,10 +1,12 @@
 #pragma once
 // Animation keys of one property: times (host time units), values and the interpolation of the
-// segment that leaves each key, in one array: a float key costs twelve bytes and a track needs no
-// allocation per key.
+// segment that leaves each key, in one array: a float key costs twelve bytes, a track needs no
+// allocation per key, and a track of one key none at all.
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <type_traits>
 #include <vector>
 
 // Host interpolation types; the values are the host's.
@@ -12,61 +14,77 @@ enum class OvInterpolation : unsigned char { Linear = 0, Constant = 1, Spline = 
 
 template <class T> class OvKeyTrack {
 public:
+    OvKeyTrack() : m_capacity(1), m_unsorted(0) {}
+    OvKeyTrack(const OvKeyTrack &o) : m_capacity(1), m_unsorted(0) { copyFrom(o); }
+    OvKeyTrack &operator=(const OvKeyTrack &o) {
+        if (this != &o) {
+            release();
+            copyFrom(o);
+        }
+        return *this;
+    }
+    ~OvKeyTrack() { release(); }
+
     int count() const {
         settle();
-        return int(m_keys.size());
+        return int(m_size);
     }
-    bool isEmpty() const { return m_keys.empty(); }
+    bool isEmpty() const { return m_size == 0; }
     int time(int i) const {
         settle();
-        return m_keys[size_t(i)].time;
+        return keys()[i].time;
     }
     const T &value(int i) const {
         settle();
-        return m_keys[size_t(i)].value;
+        return keys()[i].value;
     }
     OvInterpolation interpolation(int i) const {
         settle();
-        return m_keys[size_t(i)].interp;
+        return keys()[i].interp;
     }
     void setValueAt(int i, const T &v) {
         settle();
-        m_keys[size_t(i)].value = v;
+        keys()[i].value = v;
     }
     void remove(int i) {
         settle();
-        m_keys.erase(m_keys.begin() + i);
+        Key *k = keys();
+        std::copy(k + i + 1, k + m_size, k + i);
+        shrinkTo(m_size - 1);
     }
     // The key at `t`, or -1.
     int find(int t) const {
         settle();
-        auto it = std::lower_bound(m_keys.begin(), m_keys.end(), t,
-                                   [](const Key &k, int time) { return k.time < time; });
-        return it != m_keys.end() && it->time == t ? int(it - m_keys.begin()) : -1;
+        const Key *k = keys();
+        const Key *it =
+            std::lower_bound(k, k + m_size, t, [](const Key &a, int time) { return a.time < time; });
+        return it != k + m_size && it->time == t ? int(it - k) : -1;
     }
     // The last key at or before `t`; -1 before the first.
     int segment(int t) const {
         settle();
-        return int(std::upper_bound(m_keys.begin(), m_keys.end(), t,
-                                    [](int time, const Key &k) { return time < k.time; }) -
-                   m_keys.begin()) -
+        const Key *k = keys();
+        return int(std::upper_bound(k, k + m_size, t, [](int time, const Key &a) { return time < a.time; }) -
+                   k) -
                1;
     }
     // One key per time: a key at a time that has one replaces it. Keys in time order are appended;
     // others are sorted in once the track is next read, so that a long track given backwards does
     // not move its keys once per key.
     void set(int t, const T &v, OvInterpolation interp) {
-        if (!m_unsorted && !m_keys.empty() && t <= m_keys.back().time) {
+        if (!m_unsorted && m_size > 0 && t <= keys()[m_size - 1].time) {
             if (const int i = find(t); i >= 0) {
-                m_keys[size_t(i)].value = v;
-                m_keys[size_t(i)].interp = interp;
+                keys()[i].value = v;
+                keys()[i].interp = interp;
                 return;
             }
-            m_unsorted = true;
+            m_unsorted = 1;
         }
-        m_keys.push_back(Key{t, v, interp});
+        append(Key{t, v, interp});
     }
     size_t bytesPerKey() const { return sizeof(Key); }
+    // Whether the keys live in an allocation of their own (a track of one key keeps it inline).
+    bool isAllocated() const { return m_capacity > 1; }
 
 private:
     struct Key {
@@ -74,28 +92,73 @@ private:
         T value;
         OvInterpolation interp;
     };
+    static_assert(std::is_trivially_copyable<Key>::value, "keys are copied as bytes");
+
+    Key *keys() const { return m_capacity > 1 ? m_store.heap : &m_store.one; }
+    void append(const Key &key) {
+        if (m_size == m_capacity)
+            reserve(m_capacity < 4 ? 4 : m_capacity + m_capacity / 2);
+        keys()[m_size++] = key;
+    }
+    void reserve(uint32_t capacity) const {
+        Key *heap = new Key[capacity];
+        std::copy(keys(), keys() + m_size, heap);
+        if (m_capacity > 1)
+            delete[] m_store.heap;
+        m_store.heap = heap;
+        m_capacity = capacity;
+    }
+    // A track down to one key goes back inline.
+    void shrinkTo(uint32_t size) const {
+        m_size = size;
+        if (m_capacity > 1 && size <= 1) {
+            const Key one = m_store.heap[0];
+            delete[] m_store.heap;
+            m_store.one = one;
+            m_capacity = 1;
+        }
+    }
+    void release() {
+        if (m_capacity > 1)
+            delete[] m_store.heap;
+        m_capacity = 1;
+        m_size = 0;
+        m_unsorted = 0;
+    }
+    void copyFrom(const OvKeyTrack &o) {
+        m_unsorted = o.m_unsorted;
+        if (o.m_size > 1)
+            reserve(o.m_size);
+        std::copy(o.keys(), o.keys() + o.m_size, keys());
+        m_size = o.m_size;
+    }
 
     // Sorts by time; of keys at the same time the one set last stays.
     void settle() const {
         if (!m_unsorted)
             return;
-        m_unsorted = false;
-        std::stable_sort(m_keys.begin(), m_keys.end(),
-                         [](const Key &a, const Key &b) { return a.time < b.time; });
-        std::vector<Key> kept;
-        kept.reserve(m_keys.size());
-        for (const Key &k : m_keys) {
-            if (!kept.empty() && kept.back().time == k.time)
-                kept.back() = k;
+        m_unsorted = 0;
+        Key *k = keys();
+        std::stable_sort(k, k + m_size, [](const Key &a, const Key &b) { return a.time < b.time; });
+        uint32_t kept = 0;
+        for (uint32_t i = 0; i < m_size; ++i) {
+            if (kept > 0 && k[kept - 1].time == k[i].time)
+                k[kept - 1] = k[i];
             else
-                kept.push_back(k);
+                k[kept++] = k[i];
         }
-        m_keys.swap(kept);
+        shrinkTo(kept);
     }
 
-    // One array: a track of one key (every channel of a Poser figure has one) is one allocation.
-    mutable std::vector<Key> m_keys;
-    mutable bool m_unsorted = false;
+    // One key (every channel of a Poser figure has one) is kept inline: no allocation per track.
+    union Store {
+        Key one;
+        Key *heap;
+    };
+    mutable Store m_store;
+    mutable uint32_t m_size = 0;
+    mutable uint32_t m_capacity : 31; // 1: the inline key; more: m_store.heap
+    mutable uint32_t m_unsorted : 1;
 };
 
 // A track at time `t` through `valueOf(i)`, the value of key i as a double: the first key's

@@ -142,11 +142,13 @@ OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name, std::vector<int
         return nullptr;
     const size_t nf = size_t(getNumFaceGroupFaces(g));
     size_t corners = 0;
+    int largestMaterial = 0;
     if (materialIndices)
         materialIndices->clear();
     for (size_t i = 0; i < nf; ++i) {
         const int f = getFaceGroupFace(g, int(i));
         corners += size_t(getFaceSize(f));
+        largestMaterial = std::max(largestMaterial, getFaceMaterial(f));
         // Faces come in runs of one material: only a change is worth remembering before the sort.
         if (materialIndices && (materialIndices->empty() || materialIndices->back() != getFaceMaterial(f)))
             materialIndices->push_back(getFaceMaterial(f));
@@ -155,12 +157,16 @@ OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name, std::vector<int
         std::sort(materialIndices->begin(), materialIndices->end());
         materialIndices->erase(std::unique(materialIndices->begin(), materialIndices->end()),
                                materialIndices->end());
+        largestMaterial = int(materialIndices->size()) - 1;
     }
 
     auto *mesh = new OvPolyMesh;
     mesh->setName(name);
-    mesh->m_faceStart.resize(nf + 1);
-    mesh->m_faceMaterial.resize(nf);
+    // Face starts run up to the corner count, materials up to the largest one used: a body part's
+    // tables fit in 16 bits.
+    mesh->m_faceStart.resizeFor(nf + 1, corners > size_t(OvIndexArray::kMaxShort) ? -1 : int(corners));
+    mesh->m_faceStart.set(0, 0);
+    mesh->m_faceMaterial.resizeFor(nf, largestMaterial);
 
     const size_t nv = size_t(getNumVertices()), nuv = size_t(m_uvs.getNumValues());
     ZeroedInts scratch(nv + nuv);
@@ -182,12 +188,19 @@ OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name, std::vector<int
         cv32 = mesh->m_cornerVerts.resizeWide(corners);
         cuv32 = mesh->m_cornerUVs.resizeWide(corners);
     }
+    // A mesh read from a file has 32-bit tables: its corners are read straight from them.
+    const int *starts = m_faceStart.wideData(), *verts = m_cornerVerts.wideData(),
+              *uvs = m_cornerUVs.wideData();
+    const bool direct = starts && verts && uvs;
     size_t k = 0;
     int lastMaterial = -1, lastPosition = 0;
     for (size_t i = 0; i < nf; ++i) {
-        const int f = getFaceGroupFace(g, int(i));
-        for (int c = 0, n = getFaceSize(f); c < n; ++c, ++k) {
-            const int sv = getFaceVertex(f, c), suv = getFaceUV(f, c);
+        const size_t f = size_t(getFaceGroupFace(g, int(i)));
+        const size_t first = size_t(direct ? starts[f] : m_faceStart[f]);
+        const size_t end = size_t(direct ? starts[f + 1] : m_faceStart[f + 1]);
+        for (size_t corner = first; corner < end; ++corner, ++k) {
+            const int sv = direct ? verts[corner] : m_cornerVerts[corner];
+            const int suv = direct ? uvs[corner] : m_cornerUVs[corner];
             int &v = newVertex[sv];
             if (v == 0) {
                 vertexSource.push_back(sv);
@@ -211,8 +224,8 @@ OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name, std::vector<int
                 cuv32[k] = t - 1;
             }
         }
-        mesh->m_faceStart[i + 1] = int(k);
-        int m = getFaceMaterial(f);
+        mesh->m_faceStart.set(i + 1, int(k));
+        int m = getFaceMaterial(int(f));
         if (materialIndices) {
             if (m != lastMaterial) {
                 lastMaterial = m;
@@ -221,7 +234,7 @@ OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name, std::vector<int
             }
             m = lastPosition;
         }
-        mesh->m_faceMaterial[i] = m;
+        mesh->m_faceMaterial.set(i, m);
     }
 
     mesh->m_vertices.shareFrom(m_vertices, std::move(vertexSource));

@@ -9,6 +9,7 @@
 #include "OvTypes.h"
 #include <QHash>
 #include <QString>
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -39,9 +40,7 @@ public:
     OvFloatTuples &operator=(const OvFloatTuples &) = default;
 
     int count() const { return m_count; }
-    const float *at(int i) const {
-        return m_store->values.data() + N * size_t(m_indexed ? m_index[size_t(i)] : i);
-    }
+    const float *at(int i) const { return m_store->values.data() + N * storageIndex(i); }
     float *resize(int n) {
         makeOwn();
         m_store->values.resize(N * size_t(n));
@@ -61,6 +60,7 @@ public:
     void clear() {
         m_store = new OvFloatStore; // nothing to copy on the way out of a shared storage
         m_index = OvPodArray<int>();
+        m_index16 = OvPodArray<uint16_t>();
         m_indexed = false;
         m_count = 0;
     }
@@ -68,16 +68,31 @@ public:
         if (!m_indexed && m_store->refCount() == 1)
             m_store->values.shrinkToFit();
     }
-    // Reads tuple i as `source`'s tuple index[i] from now on.
+    // Reads tuple i as `source`'s tuple index[i] from now on. A table whose entries lie within 65536
+    // of each other (a body part's vertices usually do) is kept in 16 bits above its smallest entry.
     void shareFrom(const OvFloatTuples &source, OvPodArray<int> index) {
-        if (source.m_indexed)
-            for (size_t i = 0; i < index.size(); ++i)
-                index[i] = source.m_index[size_t(index[i])];
+        const size_t n = index.size();
+        int lowest = index.empty() ? 0 : INT32_MAX, highest = 0;
+        for (size_t i = 0; i < index.size(); ++i) {
+            if (source.m_indexed)
+                index[i] = int(source.storageIndex(index[i]));
+            lowest = std::min(lowest, index[i]);
+            highest = std::max(highest, index[i]);
+        }
         m_store = source.m_store;
-        m_index = std::move(index);
-        m_index.shrinkToFit();
+        m_index = OvPodArray<int>();
+        m_index16 = OvPodArray<uint16_t>();
+        if (highest - lowest <= 0xFFFF) {
+            m_index16.resize(index.size());
+            for (size_t i = 0; i < index.size(); ++i)
+                m_index16[i] = uint16_t(index[i] - lowest);
+            m_base = size_t(lowest);
+        } else {
+            m_index = std::move(index);
+            m_index.shrinkToFit();
+        }
         m_indexed = true;
-        m_count = int(m_index.size());
+        m_count = int(n);
     }
     bool sharesStorageWith(const OvFloatTuples &o) const { return m_store == o.m_store; }
     // The storage read through the index table of a shared array (null for an array of its own) and
@@ -87,7 +102,9 @@ public:
     }
     size_t storageBytes() const { return m_store->values.bytes(); }
     // Bytes this array holds alone: the index table of a shared one, the storage otherwise.
-    size_t bytes() const { return m_indexed ? m_index.bytes() : m_store->values.bytes(); }
+    size_t bytes() const { return m_indexed ? m_index.bytes() + m_index16.bytes() : m_store->values.bytes(); }
+    // True when the index table of a shared array is kept in 16 bits.
+    bool hasNarrowIndex() const { return m_indexed && !m_index16.empty(); }
 
 private:
     void makeOwn() {
@@ -98,6 +115,7 @@ private:
                 std::memcpy(own->values.data() + N * size_t(i), at(i), N * sizeof(float));
             m_store = own;
             m_index = OvPodArray<int>();
+            m_index16 = OvPodArray<uint16_t>();
             m_indexed = false;
         } else if (m_store->refCount() > 1) {
             OvTSharedPointer<OvFloatStore> own(new OvFloatStore);
@@ -106,17 +124,29 @@ private:
         }
     }
 
+    size_t storageIndex(int i) const {
+        if (!m_indexed)
+            return size_t(i);
+        return m_index16.empty() ? size_t(m_index[size_t(i)]) : m_base + m_index16[size_t(i)];
+    }
+
     OvTSharedPointer<OvFloatStore> m_store;
     OvPodArray<int> m_index;
+    OvPodArray<uint16_t> m_index16; // used instead of m_index when not empty
+    size_t m_base = 0;
     int m_count = 0;
     bool m_indexed = false;
 };
 
-// Per-corner indices. A mesh cut from another, whose indices all fit in 16 bits (body parts do),
-// keeps them in half the memory; an index that does not fit widens the array first.
+// Per-corner indices, face starts and face materials. A mesh cut from another, whose values all fit
+// in 16 bits (body parts' do), keeps them in half the memory; a value that does not fit widens the
+// array first.
 class OvIndexArray {
 public:
     size_t size() const { return m_narrow ? m_short.size() : m_wide.size(); }
+    bool isNarrow() const { return m_narrow; }
+    // The entries of a 32-bit array, for loops over many of them; null for a narrow one.
+    const int *wideData() const { return m_narrow ? nullptr : m_wide.data(); }
     int operator[](size_t k) const { return m_narrow ? int(m_short[k]) : m_wide[k]; }
     void push_back(int v) {
         if (!m_narrow)
@@ -148,6 +178,20 @@ public:
         m_narrow = false;
         m_wide.resize(n);
         return m_wide.data();
+    }
+    // n entries, narrow when `largest` fits in 16 bits; filled with set().
+    void resizeFor(size_t n, int largest) {
+        if (largest >= 0 && largest <= kMaxShort)
+            resizeNarrow(n);
+        else
+            resizeWide(n);
+    }
+    // Entry k of an array sized by resizeFor, with a value no larger than it was sized for.
+    void set(size_t k, int v) {
+        if (m_narrow)
+            m_short[k] = uint16_t(v);
+        else
+            m_wide[k] = v;
     }
     static constexpr int kMaxShort = 0xFFFF;
 
@@ -238,6 +282,12 @@ public:
 
     int getNumFaces() const { return int(m_faceMaterial.size()); }
     int getFaceSize(int f) const { return m_faceStart[size_t(f) + 1] - m_faceStart[size_t(f)]; }
+    // True when the mesh keeps its corner, face-start and face-material tables, and the index tables
+    // through which it reads another mesh's vertices and UVs, in 16 bits each.
+    bool hasNarrowTables() const {
+        return m_cornerVerts.isNarrow() && m_cornerUVs.isNarrow() && m_faceStart.isNarrow() &&
+               m_faceMaterial.isNarrow() && m_vertices.hasNarrowIndex() && m_uvs.m_values.hasNarrowIndex();
+    }
     // Vertex and UV index of corner c of face f.
     int getFaceVertex(int f, int c) const {
         return m_cornerVerts[size_t(m_faceStart[size_t(f)]) + size_t(c)];
@@ -284,10 +334,10 @@ private:
 
     OvFloatTuples<3> m_vertices;
     OvMap m_uvs;
-    OvPodArray<int> m_faceStart{initialFaceStart()};
+    OvIndexArray m_faceStart{initialFaceStart()};
     OvIndexArray m_cornerVerts;
     OvIndexArray m_cornerUVs;
-    OvPodArray<int> m_faceMaterial;
+    OvIndexArray m_faceMaterial;
     std::vector<Group> m_groups;
     QHash<QString, int> m_groupIndex;
     std::vector<int> m_activeGroups;
@@ -297,8 +347,8 @@ private:
     bool m_editing = false;
     bool m_hasAllFacesGroup = false;
 
-    static OvPodArray<int> initialFaceStart() {
-        OvPodArray<int> a;
+    static OvIndexArray initialFaceStart() {
+        OvIndexArray a;
         a.push_back(0);
         return a;
     }

@@ -7,10 +7,15 @@
 #include <algorithm>
 #include <cmath>
 
+OvProperty::~OvProperty() {
+    OvUndoStack::forget(this);
+}
+
 OvProperty::OvProperty(const OvProperty &other)
-    : m_name(other.m_name), m_label(other.m_label), m_hidden(other.m_hidden),
-      m_userProperty(other.m_userProperty), m_canAnimate(other.m_canAnimate), m_owner(other.m_owner),
-      m_path(other.m_path) {}
+    : m_name(other.m_name), m_label(other.m_label), m_owner(other.m_owner), m_hidden(other.m_hidden),
+      m_userProperty(other.m_userProperty), m_canAnimate(other.m_canAnimate), m_clamped(other.m_clamped) {
+    assignCopied(other);
+}
 
 OvProperty &OvProperty::operator=(const OvProperty &other) {
     m_name = other.m_name;
@@ -18,52 +23,87 @@ OvProperty &OvProperty::operator=(const OvProperty &other) {
     m_hidden = other.m_hidden;
     m_userProperty = other.m_userProperty;
     m_canAnimate = other.m_canAnimate;
+    m_clamped = other.m_clamped;
     m_owner = other.m_owner;
-    m_path = other.m_path;
+    assignCopied(other);
     return *this;
+}
+
+// The path and the link; controllers are copied one by one by saveState, and kept here.
+void OvProperty::assignCopied(const OvProperty &other) {
+    if (!other.m_rare) {
+        if (m_rare) {
+            m_rare->path = QString();
+            m_rare->link = nullptr;
+        }
+        return;
+    }
+    rare().path = other.m_rare->path;
+    m_rare->link = other.m_rare->link;
+}
+
+OvProperty::Rare &OvProperty::rare() {
+    if (!m_rare)
+        m_rare.reset(new Rare);
+    return *m_rare;
+}
+
+const QString &OvProperty::getPath() const {
+    static const QString none;
+    return m_rare ? m_rare->path : none;
+}
+
+void OvProperty::setLinkProperty(OvNumericProperty *master) {
+    if (master || m_rare)
+        rare().link = master;
 }
 
 OvPropertyState OvProperty::saveState() const {
     OvPropertyState state;
     state.copy.reset(cloneState());
-    for (const auto &c : m_controllers)
-        state.controllers.emplace_back(c->clone());
+    if (m_rare)
+        for (const auto &c : m_rare->controllers)
+            state.controllers.emplace_back(c->clone());
     return state;
 }
 
 void OvProperty::restoreState(OvPropertyState &state) {
-    const QString path = m_path;
+    const QString path = getPath();
     assignState(*state.copy);
     // The group tree follows the path through setPath.
-    if (m_path != path) {
-        const QString wanted = m_path;
-        m_path = path;
+    if (getPath() != path) {
+        const QString wanted = getPath();
+        rare().path = path;
         setPath(wanted);
     }
     // Controllers are put back as copies: the ones the step removed may have been deleted.
-    if (!m_controllers.empty() || !state.controllers.empty())
-        m_controllers = std::move(state.controllers);
+    if (getNumControllers() > 0 || !state.controllers.empty())
+        rare().controllers = std::move(state.controllers);
 }
 
 void OvProperty::insertController(OvController *controller, int position) {
     if (!controller)
         return;
     OvUndoStack::noteProperty(this);
-    if (position < 0 || position >= int(m_controllers.size()))
-        m_controllers.emplace_back(controller);
+    auto &controllers = rare().controllers;
+    if (position < 0 || position >= int(controllers.size()))
+        controllers.emplace_back(controller);
     else
-        m_controllers.emplace(m_controllers.begin() + position, controller);
+        controllers.emplace(controllers.begin() + position, controller);
 }
 
 bool OvProperty::removeController(OvController *controller) {
+    if (!m_rare)
+        return false;
+    auto &controllers = m_rare->controllers;
     auto it =
-        std::find_if(m_controllers.begin(), m_controllers.end(),
+        std::find_if(controllers.begin(), controllers.end(),
                      [controller](const std::unique_ptr<OvController> &c) { return c.get() == controller; });
-    if (it == m_controllers.end())
+    if (it == controllers.end())
         return false;
     OvUndoStack::noteProperty(this);
     it->release();
-    m_controllers.erase(it);
+    controllers.erase(it);
     return true;
 }
 
@@ -83,8 +123,9 @@ QColor OvColorProperty::getColorValue(int time) const {
 void OvProperty::setPath(const QString &path) {
     OvUndoStack::noteProperty(this);
     if (m_owner)
-        m_owner->getPropertyGroups()->place(m_name, m_path, path);
-    m_path = path;
+        m_owner->getPropertyGroups()->place(m_name, getPath(), path);
+    if (!path.isEmpty() || m_rare)
+        rare().path = path;
 }
 
 const char *OvERCLink::typeName(int type) {

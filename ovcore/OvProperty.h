@@ -91,7 +91,7 @@ struct OvPropertyState {
 class OvProperty {
 public:
     explicit OvProperty(const QString &name) : m_name(name), m_label(name) {}
-    virtual ~OvProperty() { OvUndoStack::forget(this); }
+    virtual ~OvProperty();
     virtual const char *className() const = 0;
 
     OvPropertyState saveState() const;
@@ -130,14 +130,14 @@ public:
     OvElement *getOwner() const { return m_owner; }
     void setOwner(OvElement *owner) { m_owner = owner; }
     // The property's group in its owner's group tree ("General/Transforms"); empty for none.
-    const QString &getPath() const { return m_path; }
+    const QString &getPath() const;
     void setPath(const QString &path);
 
     // Controllers, owned; position -1 appends.
     void insertController(OvController *controller, int position = -1);
     bool removeController(OvController *controller);
-    int getNumControllers() const { return int(m_controllers.size()); }
-    OvController *getController(int i) const { return m_controllers[size_t(i)].get(); }
+    int getNumControllers() const { return m_rare ? int(m_rare->controllers.size()) : 0; }
+    OvController *getController(int i) const { return m_rare->controllers[size_t(i)].get(); }
 
     // The host's integer value setter, used for int, enum and bool properties alike; the second
     // form sets a key at `time` (host time units).
@@ -161,15 +161,32 @@ protected:
     virtual OvProperty *cloneState() const = 0;
     virtual void assignState(const OvProperty &other) = 0;
 
+    // The link of a numeric property, kept with the other rarely set fields.
+    OvNumericProperty *linkProperty() const { return m_rare ? m_rare->link : nullptr; }
+    void setLinkProperty(OvNumericProperty *master);
+
 private:
+    // Fields few properties ever set (a group path, controllers, a link) live behind one pointer,
+    // made on first use: a figure holds thousands of properties that set none of them.
+    struct Rare {
+        QString path;
+        std::vector<std::unique_ptr<OvController>> controllers;
+        OvNumericProperty *link = nullptr;
+    };
+    Rare &rare();
+    void assignCopied(const OvProperty &other);
+
     QString m_name;
     QString m_label;
+    OvElement *m_owner = nullptr;
+    std::unique_ptr<Rare> m_rare;
     bool m_hidden = false;
     bool m_userProperty = false;
     bool m_canAnimate = true;
-    OvElement *m_owner = nullptr;
-    QString m_path;
-    std::vector<std::unique_ptr<OvController>> m_controllers;
+
+protected:
+    // In the base's tail padding; numeric properties use it.
+    bool m_clamped = false;
 };
 
 // A property with a number for a value. Its value at a time is its own (keyed) value, or the value
@@ -186,11 +203,11 @@ public:
     // Linked properties share one value: this one then shows `master`'s (null unlinks).
     void linkTo(OvNumericProperty *master) {
         OvUndoStack::noteProperty(this);
-        m_link = master;
+        setLinkProperty(master);
     }
-    OvNumericProperty *getLinkProperty() const { return m_link; }
+    OvNumericProperty *getLinkProperty() const { return linkProperty(); }
     // True when links or controllers take part in the value.
-    bool isDriven() const { return m_link || getNumControllers() > 0; }
+    bool isDriven() const { return linkProperty() || getNumControllers() > 0; }
 
     // The value at `time` from keys alone (or the value without keys), before links and controllers.
     virtual double ownValueAt(int time) const = 0;
@@ -204,10 +221,6 @@ public:
 protected:
     OvNumericProperty(const OvNumericProperty &) = default;
     OvNumericProperty &operator=(const OvNumericProperty &) = default;
-
-private:
-    bool m_clamped = false;
-    OvNumericProperty *m_link = nullptr;
 };
 
 // A float dial: its value, the default it resets to, limits that hold while it is clamped, and the

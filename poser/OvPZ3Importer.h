@@ -140,7 +140,6 @@ public:
     static OvRotationOrder rotationOrderFor(int count, const short axes[3]);
     // Switches off the rotation limits of a node and, for a figure, of all its bones.
     void turnOffLimits(OvNode *node);
-    const std::vector<ChannelNameMap> &channelNameMaps() const { return m_channelNameMaps; }
 
     // ---- dependent parameters (ERC) and linked parameters ----
     // Reads a valueOp block (its further lines too) for the current channel.

@@ -64,13 +64,6 @@ enum class Pz3FileKind : int {
 // The hand a hand pose is applied to, or the hand it was written for.
 enum class Pz3HandSide : int { Right = 0, Left = 1, NotHandPose = 2 };
 
-// The host property that a Poser channel drives, under the channel's Poser name; dependent
-// parameters find their controlling property through these.
-struct ChannelNameMap {
-    OvProperty *property = nullptr; // owned by its node
-    QString name;
-};
-
 // A dependent-parameter block whose controlling property was not there yet: a place-holder
 // controller holds its place on the driven property until the end of the import.
 struct OvPz3ERCLink {
@@ -181,9 +174,10 @@ struct Pz3ReadState {
     qint64 m_includeBytes = 0;
     bool m_inputDamaged = false; // a file could not be read to its end
     OvTArray<OvPz3SubDNode> m_subDNodes{8};
-    std::vector<ChannelNameMap> m_channelNameMaps; // in creation order, never removed
-    // (owner, Poser name) -> the first record of that name whose property the owner carries.
-    QHash<QPair<const OvElement *, QString>, int> m_channelNameIndex;
+    // (owner, Poser name) -> the host property a Poser channel drives, the first recorded under that
+    // name; dependent parameters find their controlling property through it. Properties are owned
+    // by their nodes.
+    QHash<QPair<const OvElement *, QString>, OvProperty *> m_channelNameIndex;
     std::vector<std::unique_ptr<OvPz3MorphItem>> m_morphItems; // in creation order; entries never move
     QHash<QPair<const OvNode *, QString>, OvPz3MorphItem *> m_morphItemOf; // the first item of each
     std::vector<std::unique_ptr<OvPz3BinMorph>> m_binMorphs;               // one per resolved path

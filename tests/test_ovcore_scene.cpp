@@ -7,6 +7,7 @@
 #include <OvDeformers.h>
 #include <OvLight.h>
 #include <OvPolyMesh.h>
+#include <OvProperty.h>
 #include <OvScene.h>
 #include <OvSkeleton.h>
 #include <array>
@@ -198,6 +199,7 @@ TEST_F(OvcoreScene, MeshCutFromGroupRenumbersAndSharesStorageUntilWritten) {
     ASSERT_TRUE(arm);
     EXPECT_EQ(used, (std::vector<int>{1, 3}));
     EXPECT_EQ(arm->getFaceMaterial(0), 1) << "faces refer to positions in the list";
+    EXPECT_TRUE(arm->hasNarrowTables());
     // Vertices 4, 5, 0, 1 and UVs 3, 0, 2 in first-use order.
     ASSERT_EQ(arm->getNumVertices(), 4);
     EXPECT_EQ(arm->getVertex(3)[0], 1);
@@ -227,6 +229,67 @@ TEST_F(OvcoreScene, MeshCutFromGroupRenumbersAndSharesStorageUntilWritten) {
     EXPECT_EQ(arm->getFaceVertex(2, 1), 69999);
     ASSERT_EQ(arm->getNumFaceGroupFaces(0), 3);
     EXPECT_EQ(arm->getFaceGroupFace(0, 2), 3);
+}
+
+// Corner counts and vertex spreads past 16 bits widen only the tables they concern.
+TEST_F(OvcoreScene, CutTablesStayNarrowUntilAValueNeedsMore) {
+    OvTSharedPointer<OvPolyMesh> whole(new OvPolyMesh);
+    float *v = whole->setVertexArray(70000);
+    for (int i = 0; i < 70000; ++i)
+        v[3 * i] = float(i);
+    whole->getUVs()->appendPnt2Value(std::array<float, 2>{0.5f, 0.5f}.data());
+    whole->activateFaceGroup("big"); // 65538 corners over vertices 0 to 65537
+    for (int f = 0; f < 21846; ++f)
+        addFace(*whole, f % 3, {{3 * f, 0}, {3 * f + 1, 0}, {3 * f + 2, 0}});
+    whole->deactivateAllFaceGroups();
+    whole->activateFaceGroup("tail");
+    addFace(*whole, 0, {{69997, 0}, {69998, 0}, {69999, 0}});
+    addFace(*whole, 2, {{69990, 0}, {69991, 0}, {69997, 0}, {69999, 0}});
+
+    OvTSharedPointer<OvPolyMesh> big(whole->createMeshFromGroup("big"));
+    EXPECT_FALSE(big->hasNarrowTables());
+    EXPECT_EQ(big->getFaceSize(21845), 3);
+    EXPECT_EQ(big->getFaceVertex(21845, 2), 65537);
+    EXPECT_EQ(big->getVertex(65537)[0], 65537);
+    EXPECT_EQ(big->getFaceMaterial(21844), 21844 % 3);
+
+    std::vector<int> used;
+    OvTSharedPointer<OvPolyMesh> tail(whole->createMeshFromGroup("tail", &used));
+    EXPECT_TRUE(tail->hasNarrowTables());
+    EXPECT_EQ(tail->getFaceSize(1), 4);
+    EXPECT_EQ(tail->getFaceMaterial(1), 1);
+    EXPECT_EQ(tail->getVertex(tail->getFaceVertex(1, 1))[0], 69991) << "16-bit entries above the lowest";
+    OvTSharedPointer<OvPolyMesh> again(tail->createMeshFromGroup("tail"));
+    EXPECT_EQ(again->getVertex(again->getFaceVertex(1, 0))[0], 69990) << "a cut of a cut";
+    EXPECT_EQ(again->getVertex(again->getFaceVertex(0, 2))[0], 69999);
+}
+
+// Undo copies of a property carry its link, controllers and path, also when they were never set.
+TEST_F(OvcoreScene, PropertyStateKeepsRareFieldsAndOneKeyTracks) {
+    OvFloatProperty master("m"), p("p");
+    p.setValue(10, 3.0f);
+    OvPropertyState plain = p.saveState();
+    p.linkTo(&master);
+    p.insertController(new OvERCLink(&master, 2.0, 0.0));
+    p.setPath(QStringLiteral("General/Dials"));
+    p.setValue(20, 4.0f);
+    OvPropertyState driven = p.saveState();
+    p.restoreState(plain);
+    EXPECT_FALSE(p.isDriven());
+    EXPECT_EQ(p.getPath(), QString());
+    ASSERT_EQ(p.getNumKeys(), 1);
+    EXPECT_EQ(p.getKeyValue(0), 3.0f);
+    EXPECT_FALSE(p.keys().isAllocated()) << "one key is kept inline";
+    p.restoreState(driven);
+    EXPECT_EQ(p.getLinkProperty(), &master);
+    ASSERT_EQ(p.getNumControllers(), 1);
+    EXPECT_EQ(static_cast<OvERCLink *>(p.getController(0))->getScalar(), 2.0);
+    EXPECT_EQ(p.getPath(), QStringLiteral("General/Dials"));
+    EXPECT_EQ(p.getNumKeys(), 2);
+    p.deleteKey(0);
+    EXPECT_FALSE(p.keys().isAllocated()) << "back to one key, back inline";
+    EXPECT_EQ(p.getKeyTime(0) + int(p.getKeyValue(0)), 24);
+    EXPECT_LE(sizeof(OvFloatProperty), 128u) << "thousands of these make a figure";
 }
 
 TEST_F(OvcoreScene, FalloffPointsStaySortedByX) {

@@ -98,6 +98,13 @@ TEST_F(ErcLinks, DeferredLinksResolveInPlaceAcrossAnIncludeAndOnlyOnce) {
     EXPECT_EQ(links(driven),
               QStringList({"5 Imported ERC Control <- bend * 1", "3 Imported ERC Control <- master * 1"}));
     EXPECT_FLOAT_EQ(driven->getValueAt(0), (1 + 3) * 2);
+    // A name two channels of one actor carry stands for the first of them.
+    OvApp::reset();
+    ASSERT_TRUE(
+        readOk("twin.cr2", figure(actor("BODY:1", dial("rotateX twin", "initValue 5\n") +
+                                                      dial("translateY twin", "initValue 1\n")) +
+                                  actor("hip:1", dial("driven", op("valueOpPlus", "BODY:1", "twin"))))));
+    EXPECT_FLOAT_EQ(dialOf("hip", "driven")->getValueAt(0), 5);
 }
 
 TEST_F(ErcLinks, LinksThatNeverResolveLeaveNothingAndAreNamedAtTheEnd) {

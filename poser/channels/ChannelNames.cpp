@@ -5,18 +5,17 @@
 #include <QtDebug>
 
 void OvPZ3Importer::addChannelNameMap(OvProperty *property, const QString &name) {
-    const int position = int(m_channelNameMaps.size());
-    m_channelNameMaps.push_back(ChannelNameMap{property, name});
-    // Lookups take the first record of a name per owner.
-    m_channelNameIndex.insert(qMakePair(static_cast<const OvElement *>(property->getOwner()), name),
-                              m_channelNameIndex.value(qMakePair(property->getOwner(), name), position));
+    // Lookups take the first property recorded under a name per owner.
+    OvProperty *&first =
+        m_channelNameIndex[qMakePair(static_cast<const OvElement *>(property->getOwner()), name)];
+    if (!first)
+        first = property;
 }
 
 OvProperty *OvPZ3Importer::findChannelProperty(OvNode *node, const QString &name) const {
     if (m_applyToSelection)
         return node->findProperty(name);
-    const int i = m_channelNameIndex.value(qMakePair(static_cast<const OvElement *>(node), name), -1);
-    return i < 0 ? nullptr : m_channelNameMaps[size_t(i)].property;
+    return m_channelNameIndex.value(qMakePair(static_cast<const OvElement *>(node), name), nullptr);
 }
 
 OvFloatProperty *OvPZ3Importer::getValueProperty(OvNode *node, const QString &name) {
