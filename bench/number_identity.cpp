@@ -2,7 +2,8 @@
 // steps, bit for bit, on random numbers of the shapes real files hold. Each number is read three
 // ways: from a line of three numbers as the OBJ reader's fast path reads "v" lines (scanPlainFloat
 // in place, then finishFloats on a batch of 16 lines; the general grammar where the scan declines),
-// by parsePoserFloats on tokens, and by parsePoserFloat alone.
+// by parsePoserFloats on tokens, and by parsePoserFloat alone. The line scan also checks that the
+// Poser readers' short scan (scanShortFloat) gives the plain scan's digits and divisions.
 //
 //   number_identity [COUNT]     COUNT defaults to 100000000
 //
@@ -11,6 +12,7 @@
 #include "tests/support/NumberReference.h"
 
 #include <text/NumberScan.h>
+#include <text/ShortScan.h>
 
 #include <algorithm>
 #include <chrono>
@@ -100,6 +102,8 @@ private:
 
 // Scans the numbers of `line` (with a NUL after it) as the OBJ reader's fast path does; numbers it
 // declines are read by the general grammar, as the reader's general path would.
+long long g_shortMismatches = 0; // numbers the short scan read otherwise than the plain one
+
 void scanLine(const std::string &line, int count, float *values, int32_t *divisions, long long &plain) {
     char padded[text::kMinScanBytes] = {};
     const char *p = line.c_str(), *end = p + line.size();
@@ -115,8 +119,15 @@ void scanLine(const std::string &line, int count, float *values, int32_t *divisi
         const char *start = p;
         while (!text::isBlank(*p))
             ++p;
+        float shortValue = 0;
+        int32_t shortDivisions = 0;
+        const char *shortEnd = text::scanShortFloat(start, end, shortValue, shortDivisions);
         if (text::scanPlainFloat(start, end, values[i], divisions[i]) == p) {
             ++plain;
+            // The Poser readers' short scan gives the plain scan's digits and divisions.
+            if (shortEnd != p || floatBits(shortValue) != floatBits(values[i]) ||
+                shortDivisions != divisions[i])
+                ++g_shortMismatches;
         } else {
             values[i] = parsePoserFloat(std::string(start, p).c_str());
             divisions[i] = 0;
@@ -184,5 +195,6 @@ int main(int argc, char **argv) {
     std::printf("%lld numbers compared three ways (batched, per line, one by one) with the step-by-step "
                 "reference in %.1f s: %lld mismatches\n",
                 compared, seconds, mismatches);
-    return mismatches ? 1 : 0;
+    std::printf("short scan against the plain scan: %lld mismatches\n", g_shortMismatches);
+    return mismatches || g_shortMismatches ? 1 : 0;
 }

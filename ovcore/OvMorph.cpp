@@ -19,6 +19,12 @@ void OvMorphDeltas::addDelta(int index, const OvVec3 &offset, bool accumulate) {
     offset.getValue(&m_offsets[at]);
 }
 
+void OvMorphDeltas::appendDeltas(const int *indices, const float *offsets, size_t n) {
+    OvUndoStack::noteDeltas(this);
+    m_indices.append(indices, n);
+    m_offsets.append(offsets, 3 * n);
+}
+
 // Room for n more, growing by half at a time: a batch-sized step would move the deltas once per batch.
 void OvMorphDeltas::reserveMore(size_t n) {
     const size_t need = m_indices.size() + n;

@@ -34,6 +34,8 @@ public:
     // Appends the offset of vertex `index`. With `accumulate` set, an existing delta of the same
     // vertex (looked up from the end) takes the offset added to it instead.
     void addDelta(int index, const OvVec3 &offset, bool accumulate);
+    // Appends n deltas at once: n vertex numbers and 3 n offsets (never accumulated).
+    void appendDeltas(const int *indices, const float *offsets, size_t n);
     int getNumDeltas() const { return int(m_indices.size()); }
     int getIndex(int i) const { return m_indices[size_t(i)]; }
     OvVec3 getOffset(int i) const { return OvVec3(&m_offsets[3 * size_t(i)]); }

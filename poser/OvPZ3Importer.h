@@ -222,6 +222,8 @@ protected:
     // ---- read driver ----
     bool preparePoseTarget(unsigned int &result);
     bool runLineLoop(char **argv);
+    // The next line the in-place readers leave to the general path; false at the end of the file.
+    bool nextGeneralLine(char *&begin, char *&end, bool fastPaths);
     bool handleLine(char **argv, int argc);
     bool openSection();
     void closeSection();
@@ -429,6 +431,8 @@ protected:
 
     // ---- animation keys ----
     bool parseKeysLine(char **argv, int argc);
+    // A key or interpolation line of the usual form read in place; false leaves it to parseKeysLine.
+    bool readKeyLine(char *begin, char *end);
     void flushKey(int interpCode);
     void addTransformKey(int frame, float value, int interpCode);
     void setKey(OvProperty *property, int frame, float value, int colorComponent, int interpCode);

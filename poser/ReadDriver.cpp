@@ -99,16 +99,35 @@ bool passOver(const char *p, const char *end) {
 
 } // namespace
 
+poser::ReadTuning &poser::readTuning() {
+    static ReadTuning tuning;
+    return tuning;
+}
+
+// Runs of delta and key lines stay in this loop while the in-place readers take them.
+bool OvPZ3Importer::nextGeneralLine(char *&begin, char *&end, bool fastPaths) {
+    while (m_file->getRawLine(begin, end)) {
+        ++m_file->m_lineNumber;
+        if (!fastPaths)
+            return true;
+        if (m_parseMode == ModeDeltas) {
+            if (!readDeltaLine(begin, end))
+                return true;
+        } else if (m_parseMode != ModeKeys || m_ignoreKeys || !readKeyLine(begin, end)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 bool OvPZ3Importer::runLineLoop(char **argv) {
+    const bool fastPaths = poser::readTuning().fastPaths;
     bool carryOn = true;
     do {
         try {
             int argc = 0;
             char *begin = nullptr, *end = nullptr;
-            if (m_file->getRawLine(begin, end)) {
-                ++m_file->m_lineNumber;
-                if (m_parseMode == ModeDeltas && readDeltaLine(begin, end))
-                    continue;
+            if (nextGeneralLine(begin, end, fastPaths)) {
                 const bool handled = m_parseMode >= 0 && m_parseMode < ModeCount &&
                                      s_modeHandlers[m_parseMode] &&
                                      !(m_parseMode == ModeKeys && m_ignoreKeys);

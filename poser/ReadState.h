@@ -36,6 +36,7 @@ class OvPoserIKChain;
 struct OvPz3MorphItem {
     OvMorph *morph = nullptr;
     OvNode *node = nullptr;
+    int expectedDeltas = 0; // as the indexes line says: room made for them once they come
 };
 
 // Delta lines read but not yet added: their numbers are finished a batch at a time.

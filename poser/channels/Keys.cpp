@@ -10,12 +10,14 @@
 #include <OvMainWindow.h>
 #include <OvScene.h>
 #include <OvSkeleton.h>
+#include <OvTextInputFile.h>
 #include <QApplication>
 #include <QtDebug>
 #include <climits>
 #include <cmath>
 #include <cstring>
 #include <text/Numbers.h>
+#include <text/ShortScan.h>
 
 namespace {
 
@@ -81,6 +83,57 @@ bool OvPZ3Importer::parseKeysLine(char **argv, int argc) {
     } else if (std::strcmp(keyword, "con") == 0) {
         flushKey(CodeConstant);
     }
+    return true;
+}
+
+// The usual lines of a keys section read straight from the line reader's buffer: "k FRAME VALUE"
+// with a plain frame and number, the interpolation words and the words parseKeysLine passes over.
+// A key it would refuse, and any other line, is left to it untouched. Words after the value are not
+// read on either path; a line that could hold more words than the tokenizer keeps is left to it.
+bool OvPZ3Importer::readKeyLine(char *begin, char *end) {
+    if (end - begin > 2 * OvTextInputFile::MaxTokens)
+        return false;
+    char padded[text::kMinScanBytes] = {};
+    const char *last = end;
+    if (end - begin + 1 < text::kMinScanBytes) { // the scanners read eight bytes up to the end
+        std::memcpy(padded, begin, size_t(end - begin));
+        last = padded + text::kMinScanBytes - 1; // the NULs after the copy are blanks
+    } else {
+        *end = '\0';
+    }
+    const char *p = text::skipBlanks(last == end ? begin : padded, last);
+    const char c = *p;
+    if (c == 'k' && text::isBlank(p[1])) {
+        int frame = 0;
+        float number = 0;
+        int32_t divisions = 0;
+        if (!(p = text::scanShortInt(text::skipBlanks(p + 1, last), last, frame)) ||
+            (p = text::skipBlanks(p, last)) == last || !text::scanShortFloat(p, last, number, divisions))
+            return false;
+        float value = 0;
+        text::finishFloats(&number, &divisions, 1, &value);
+        const long long at = (long long)frame + m_startFrame;
+        if (at < 0 || at > INT_MAX / OvApp::getScene()->getTimeStep() || !std::isfinite(value))
+            return false; // refused with a message there
+        if (m_keyPending)
+            flushKey(CodeSpline);
+        m_keyFrame = int(at);
+        m_keyValue = value;
+        m_keyPending = true;
+        return true;
+    }
+    if (c < 'a' || c > 'z' || c == 'k' || c == 'r') // braces, comments, quotes, readScript, other keys
+        return false;
+    const char *word = p;
+    while (!text::isBlank(*p))
+        ++p;
+    const std::ptrdiff_t length = p - word;
+    if (length == 3 && std::memcmp(word, "spl", 3) == 0)
+        flushKey(CodeSpline);
+    else if (length == 3 && std::memcmp(word, "lin", 3) == 0)
+        flushKey(CodeLinear);
+    else if (length == 3 && std::memcmp(word, "con", 3) == 0)
+        flushKey(CodeConstant);
     return true;
 }
 

@@ -9,27 +9,9 @@
 #include <OvMorph.h>
 #include <OvSkeleton.h>
 #include <QtDebug>
+#include <algorithm>
 #include <cstring>
-#include <text/NumberScan.h>
-
-namespace {
-
-// The value of a "d" line's vertex number: an optional minus and up to nine digits ending at a
-// blank; null for any other text (the general path then reads it as atoi does).
-const char *scanVertex(const char *p, int &vertex) {
-    const bool negative = *p == '-';
-    p += negative;
-    const char *const first = p;
-    int v = 0;
-    for (unsigned d; (d = text::digitOf(*p)) < 10 && p - first < 9; ++p)
-        v = v * 10 + int(d);
-    if (p == first || !text::isBlank(*p))
-        return nullptr;
-    vertex = negative ? -v : v;
-    return p;
-}
-
-} // namespace
+#include <text/ShortScan.h>
 
 int OvPZ3Importer::vertexLimitOf(const OvNode *node) {
     const OvObject *object = node ? node->getObject() : nullptr;
@@ -122,9 +104,10 @@ bool OvPZ3Importer::chanTargetGeom(char **argv, int argc) {
 
 // ---- body keywords ----
 
-bool OvPZ3Importer::morphIndexes(char **, int) {
+bool OvPZ3Importer::morphIndexes(char **argv, int argc) {
     if (!m_curMorph)
         return true;
+    m_curMorph->expectedDeltas = argc > 1 ? text::leadingInt(argv[1]) : 0;
     OvMorph *morph = m_curMorph->morph;
     auto *deltas = poser::make<OvMorphDeltas>();
     deltas->setName(morph->getValueChannel()->getLabel());
@@ -209,13 +192,13 @@ void OvPZ3Importer::flushDeltas() {
     float v[3 * Pz3PendingDeltas::Size];
     text::finishFloats(batch.values, batch.divisions, 3 * batch.count, v);
     if (m_curMorph) {
+        for (int i = 0; i < 3 * batch.count; ++i)
+            v[i] *= POSER_UNIT_CM;
         OvMorphDeltas *deltas = m_curMorph->morph->getDeltas();
-        deltas->reserveMore(size_t(batch.count));
-        for (int i = 0; i < batch.count; ++i)
-            deltas->addDelta(
-                batch.index[i],
-                OvVec3(v[3 * i] * POSER_UNIT_CM, v[3 * i + 1] * POSER_UNIT_CM, v[3 * i + 2] * POSER_UNIT_CM),
-                false);
+        // Room for the count the file gives, up to a bound a false count cannot make costly.
+        if (deltas->getNumDeltas() == 0 && m_curMorph->expectedDeltas > batch.count)
+            deltas->reserveMore(size_t(std::min(m_curMorph->expectedDeltas, 1 << 16)));
+        deltas->appendDeltas(batch.index, v, size_t(batch.count));
     }
     batch.count = 0;
 }
@@ -243,33 +226,34 @@ bool OvPZ3Importer::parseDeltaLine(char **argv, int argc) {
 }
 
 // Deltas are most of a figure's bytes: the usual "d 12 0.001 0 -0.002" is read straight from the
-// line reader's buffer into a batch, with the same numbers the general path gives.
+// line reader's buffer into a batch, with the same numbers the general path gives. Words after the
+// numbers are not read on either path; a line long enough to hold more words than the tokenizer
+// keeps is left to it, which reports the cut.
 bool OvPZ3Importer::readDeltaLine(char *begin, char *end) {
-    if (!m_curMorph || end - begin + 1 < text::kMinScanBytes ||
-        size_t(end - begin) >= OvTextInputFile::MaxLineLength)
-        return false;
-    const char *p = begin;
-    while (p < end && text::isBlank(*p))
-        ++p;
-    if (end - p < 9 || p[0] != 'd' || !text::isBlank(p[1]))
+    if (!m_curMorph || end - begin + 1 < text::kMinScanBytes || end - begin > 2 * OvTextInputFile::MaxTokens)
         return false;
     *end = '\0'; // the blank the scanners stop at
+    const char *p = text::skipBlanks(begin, end);
+    if (end - p < 9 || p[0] != 'd' || !text::isBlank(p[1]))
+        return false;
     p += 2;
-    while (p < end && text::isBlank(*p))
-        ++p;
+    if (text::isBlank(*p))
+        p = text::skipBlanks(p, end);
     int vertex = 0;
-    if (!(p = scanVertex(p, vertex)))
+    if (!(p = text::scanShortInt(p, end, vertex)))
         return false;
     Pz3PendingDeltas &batch = m_pendingDeltas;
     float *values = batch.values + 3 * batch.count;
     int32_t *divisions = batch.divisions + 3 * batch.count;
     for (int i = 0; i < 3; ++i) {
-        while (p < end && text::isBlank(*p))
+        if (*p == ' ' && !text::isBlank(p[1])) // mostly one blank between the numbers
             ++p;
-        if (p == end || !(p = text::scanPlainFloat(p, end, values[i], divisions[i])))
+        else
+            p = text::skipBlanks(p, end);
+        if (p == end || !(p = text::scanShortFloat(p, end, values[i], divisions[i])))
             return false;
     }
-    if (deltaVertexOk(vertex)) {
+    if ((vertex >= 0 && (m_deltaVertexLimit < 0 || vertex < m_deltaVertexLimit)) || deltaVertexOk(vertex)) {
         batch.index[batch.count] = vertex;
         if (++batch.count == Pz3PendingDeltas::Size)
             flushDeltas();
