@@ -7,16 +7,12 @@
 #include "ObjLines.h"
 #include "ObjParse.h"
 
-#include <climits>
 #include <cstring>
 #include <text/NumberScan.h>
 
 namespace obj {
 
 namespace {
-
-// Texture index of a corner without one (faceTexIndex never gives it).
-const int kNoTex = INT_MIN;
 
 // The blanks within a line: every blank but the '\n' that ends it.
 inline const char *skipLineBlanks(const char *p) {
@@ -150,8 +146,12 @@ void ObjLines::appendPositions(const float *p, int rows, bool transform) {
 // Corners of the usual forms; any other corner leaves the whole line to the general path. Faces
 // of any size are read.
 const char *ObjLines::fastFace(const char *p, const char *last) {
+    // Before the corners: the counts they are resolved against include the rows still pending. A
+    // line the general path then reads begins its face the same way.
+    beginFace();
     const char *first = p;
-    int n = 0;
+    int n = 0, prev = 0;
+    bool withUVs = false;
     for (;;) {
         p = skipLineBlanks(p);
         if (*p == '\n')
@@ -165,24 +165,20 @@ const char *ObjLines::fastFace(const char *p, const char *last) {
             m_cornerV.resize(2 * size_t(n));
             m_cornerT.resize(2 * size_t(n));
         }
-        m_cornerV[size_t(n)] = value;
-        m_cornerT[size_t(n)] = tokenTex ? t : kNoTex;
+        // A face has texture indices when its first corner has one; a corner without one keeps the
+        // one before.
+        if (n == 0)
+            withUVs = tokenTex && m_faceUVs > 0;
+        m_cornerV[size_t(n)] = obj::resolveVertexIndex(value, m_faceVertices, m_baseVertex);
+        if (withUVs)
+            prev = tokenTex ? obj::resolveUVIndex(t, m_faceUVs, m_baseUV) : prev;
+        m_cornerT[size_t(n)] = prev;
         ++n;
         while (!text::isBlank(*q)) // the rest of the corner ("/n") is not read
             ++q;
         p = q;
     }
-    beginFace();
-    // Corner numbers become mesh indices in place. A face has texture indices when its first corner
-    // has one; a corner without one keeps the one before.
-    int *vertex = m_cornerV.data(), *uv = m_cornerT.data();
-    const bool withUVs = n > 0 && uv[0] != kNoTex && m_faceUVs > 0;
-    for (int i = 0, prev = 0; i < n; ++i) {
-        vertex[i] = obj::resolveVertexIndex(vertex[i], m_faceVertices, m_baseVertex);
-        uv[i] = !withUVs ? 0 : uv[i] == kNoTex ? prev : obj::resolveUVIndex(uv[i], m_faceUVs, m_baseUV);
-        prev = uv[i];
-    }
-    const int bad = m_mesh->addFace(vertex, uv, n);
+    const int bad = m_mesh->addFace(m_cornerV.data(), m_cornerT.data(), n);
     if (bad >= 0)
         reportFace(cornerText(first, bad), m_line);
     return p;
