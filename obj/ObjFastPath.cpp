@@ -17,6 +17,8 @@ namespace {
 // The blanks within a line: every blank but the '\n' that ends it.
 inline const char *skipLineBlanks(const char *p) {
     constexpr uint64_t lineBlanks = text::kBlankBits & ~(uint64_t(1) << '\n');
+    if (p[0] == ' ' && static_cast<unsigned char>(p[1]) > ' ') // the usual single space
+        return p + 1;
     for (unsigned u; (u = static_cast<unsigned char>(*p)) <= ' ' && (lineBlanks >> u) & 1u;)
         ++p;
     return p;
