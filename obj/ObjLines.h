@@ -68,9 +68,12 @@ public:
     void finish(const QString &shortName);
 
 private:
+    void readWholeLines();
     bool fastLine(char *begin, char *end);
-    template <int Width> bool fastRow(const char *p, const char *end, PendingRows<Width> &rows);
-    bool fastFace(const char *p, const char *end);
+    const char *fastLineAt(const char *p, const char *last);
+    template <int Width> const char *fastRow(const char *p, const char *last, PendingRows<Width> &rows);
+    const char *fastFace(const char *p, const char *last);
+    void generalRawLine(char *begin, char *end);
     void generalLine(char **av, int argc);
     void generalPosition(char **av, int argc);
     void generalFace(char **av, int argc);

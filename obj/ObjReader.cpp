@@ -35,20 +35,30 @@ void chooseMaterial(OvShape *shape, OvPolyMesh *mesh, const QString &name) {
 
 namespace obj {
 
+// With the fast path, the lines whole in the reader's buffer are read in one pass, and a line at
+// the buffer's end alone.
 void ObjLines::readLines(bool fast) {
-    char **av = m_argv.get();
     for (;;) {
+        if (fast) {
+            readWholeLines();
+            if (m_endSeen || m_file.atEnd())
+                break;
+        }
         char *begin = nullptr, *end = nullptr;
         ++m_line;
-        if (m_file.getRawLine(begin, end) && !(fast && fastLine(begin, end))) {
-            flushPending(); // positions and UVs keep their order with those of the general path
-            const int argc = tokenize(begin, end, av);
-            if (argc > 0)
-                generalLine(av, argc);
-        }
+        if (m_file.getRawLine(begin, end) && !(fast && fastLine(begin, end)))
+            generalRawLine(begin, end);
         if (m_endSeen || m_file.atEnd())
             break;
     }
+}
+
+void ObjLines::generalRawLine(char *begin, char *end) {
+    flushPending(); // positions and UVs keep their order with those of the general path
+    char **av = m_argv.get();
+    const int argc = tokenize(begin, end, av);
+    if (argc > 0)
+        generalLine(av, argc);
 }
 
 int ObjLines::tokenize(char *begin, char *end, char **av) {

@@ -42,11 +42,8 @@ bool OvPolyMesh::finishFace() {
     return true;
 }
 
-int OvPolyMesh::addFace(const int *vertices, const int *uvs, int n) {
-    const int nv = m_vertices.count(), nuv = m_uvs.getNumValues();
-    for (int i = 0; i < n; ++i)
-        if (!cornerInRange(vertices[i], uvs[i], nv, nuv))
-            return i;
+// A face whose corners are in range, through the corner-by-corner builder.
+int OvPolyMesh::addCheckedFace(const int *vertices, const int *uvs, int n) {
     startFace();
     m_cornerVerts.append(vertices, size_t(n));
     m_cornerUVs.append(uvs, size_t(n));

@@ -163,6 +163,15 @@ public:
             for (size_t i = 0; i < n; ++i)
                 push_back(v[i]);
     }
+    // Room for n more indices at the end, filled by the caller; null for a narrow array.
+    int *extendWide(size_t n) {
+        if (m_narrow)
+            return nullptr;
+        const size_t old = m_wide.size();
+        m_wide.resize(old + n);
+        return m_wide.data() + old;
+    }
+    bool isNarrow() const { return m_narrow; }
     void truncate(size_t n) { m_narrow ? m_short.truncate(n) : m_wide.truncate(n); }
     void shrinkToFit() { m_narrow ? m_short.shrinkToFit() : m_wide.shrinkToFit(); }
     size_t bytes() const { return m_short.bytes() + m_wide.bytes(); }
@@ -272,7 +281,27 @@ public:
     // A whole face from the indices of its n corners, as startFace, addFaceEdge for each corner and
     // finishFace add it: -1 when no corner was refused, else the first refused one (the face is
     // then dropped). A face without corners is not added.
-    int addFace(const int *vertices, const int *uvs, int n);
+    int addFace(const int *vertices, const int *uvs, int n) {
+        const int nv = m_vertices.count(), nuv = m_uvs.getNumValues();
+        for (int i = 0; i < n; ++i)
+            if (!cornerInRange(vertices[i], uvs[i], nv, nuv))
+                return i;
+        // Readers add millions of faces: into wide arrays, the corners are copied in place.
+        if (n == 0 || m_hasAllFacesGroup || m_cornerVerts.isNarrow() || m_cornerUVs.isNarrow())
+            return addCheckedFace(vertices, uvs, n);
+        int *cv = m_cornerVerts.extendWide(size_t(n)), *cuv = m_cornerUVs.extendWide(size_t(n));
+        for (int i = 0; i < n; ++i) {
+            cv[i] = vertices[i];
+            cuv[i] = uvs[i];
+        }
+        const int face = int(m_faceMaterial.size());
+        m_faceFirst = m_cornerVerts.size();
+        m_faceStart.push_back(int(m_faceFirst));
+        m_faceMaterial.push_back(m_activeMaterial);
+        for (int g : m_activeGroups)
+            m_groups[size_t(g)].faces.push_back(face);
+        return -1;
+    }
 
     // Face groups: following faces join every active group.
     int activateFaceGroup(const QString &name);
@@ -327,6 +356,7 @@ private:
     static bool cornerInRange(int vertex, int uv, int nv, int nuv) {
         return vertex >= 0 && vertex < nv && uv >= 0 && (uv < nuv || uv == 0);
     }
+    int addCheckedFace(const int *vertices, const int *uvs, int n);
     // Lists the faces of every all-faces group, before faces are added.
     void listAllFacesGroups();
     // Groups are found by name through a hash once there are more than a few.

@@ -61,6 +61,26 @@ public:
         }
         return readRawLine(begin, end);
     }
+    // The whole lines waiting in the buffer, for readers that parse many lines in one pass: [begin, end)
+    // where `end` follows the last complete line's '\n', valid until the next read; the caller then
+    // passes the lines it took to skipLines. False when no whole line is waiting, when lines end with
+    // CR alone, or inside the discarded rest of a cut line: getRawLine then reads the next line.
+    bool peekLines(char *&begin, char *&end) {
+        if (m_skipping || m_eol != '\n' || m_begin >= m_end)
+            return false;
+        char *first = m_buf + m_begin;
+        char *last = static_cast<char *>(memrchr(first, '\n', m_end - m_begin));
+        if (!last)
+            return false;
+        begin = first;
+        end = last + 1;
+        return true;
+    }
+    // Marks the `count` lines before `next` (from peekLines) as read.
+    void skipLines(const char *next, int count) {
+        m_begin = size_t(next - m_buf);
+        m_lines += count;
+    }
     // Splits a line from getRawLine as getLine does; returns the token count.
     int tokenize(char *begin, char *end, char **argv);
     bool atEnd() { return m_begin < m_end && !m_skipping ? false : atEndOfData(); }

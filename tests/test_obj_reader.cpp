@@ -237,6 +237,16 @@ TEST_P(ObjReader, ScaleSwapLongVertexRunsAndLongFaceLines) {
         !fast());
 }
 
+// Lines end with CR alone when the first 256 KiB hold no '\n'; a '\n' after that is a blank within
+// a line.
+TEST_P(ObjReader, LinesThatEndWithCarriageReturnAlone) {
+    QByteArray text = "v 0 0 0\rv 1 0 0\rv 0 1 0\rv 1 1 0\r";
+    while (text.size() < (1 << 18))
+        text += "# no newline yet\r";
+    const OvPolyMesh *m = import(text + "f 1 2 3\n4\rf 3\n2 1\r");
+    EXPECT_EQ(faces(m), " 0/0 1/0 2/0 3/0 | 2/0 1/0 0/0");
+}
+
 // A compressed file keeps ".obz" in its mesh name; plain text under that extension does not open,
 // nor does a missing file, and neither says anything. One that ends too early is read as far as it
 // goes.

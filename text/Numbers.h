@@ -14,9 +14,11 @@ void parsePoserFloats(const char *const *tokens, int count, float *out);
 namespace text {
 
 // The blanks that separate tokens, as the line reader splits lines (NUL is one).
+// One bit per blank among the first 33 characters: NUL, tab to carriage return, and space.
+constexpr uint64_t kBlankBits = 0x1u | 0x3Eu << 8 | uint64_t(1) << ' ';
 inline bool isBlank(char c) {
     const unsigned u = static_cast<unsigned char>(c);
-    return u == ' ' || u - 9u < 5u || u == 0;
+    return u <= ' ' && (kBlankBits >> u) & 1u;
 }
 
 // After this many divisions by 10 every float has become 0 (or stays infinite), so longer fractions
