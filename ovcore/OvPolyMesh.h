@@ -171,7 +171,6 @@ public:
         m_wide.resize(old + n);
         return m_wide.data() + old;
     }
-    bool isNarrow() const { return m_narrow; }
     void truncate(size_t n) { m_narrow ? m_short.truncate(n) : m_wide.truncate(n); }
     void shrinkToFit() { m_narrow ? m_short.shrinkToFit() : m_wide.shrinkToFit(); }
     size_t bytes() const { return m_short.bytes() + m_wide.bytes(); }
