@@ -1,8 +1,10 @@
 #include "OvPolyMesh.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdlib>
 #include <new>
+#include <utility>
 #if defined(__linux__)
 #include <sys/mman.h>
 #endif
@@ -131,6 +133,50 @@ private:
     bool m_mapped = false;
 };
 
+// Old index to new index + 1 for vertices and UVs during one cut, and the old indices in new order.
+struct CutTables {
+    int *newVertex; // from vertex `vertexBase` on
+    int *newUV;     // from UV `uvBase` on
+    int vertexBase;
+    int uvBase;
+    size_t nuv;
+    OvPodArray<int> &vertexSource;
+    OvPodArray<int> &uvSource;
+};
+
+// Renumbers the corners of a cut's faces into `cv`/`cuv` and writes its face starts. One loop per
+// source and output width, so the branches on them are not taken per corner.
+template <class FaceOf, class Start, class Corner, class Out>
+void cutCorners(size_t nf, const FaceOf &faceOf, const Start &start, const Corner &corner, CutTables &t,
+                Out *cv, Out *cuv, OvIndexArray &faceStart) {
+    size_t k = 0;
+    for (size_t i = 0; i < nf; ++i) {
+        const size_t f = faceOf(i);
+        const size_t end = start(f + 1);
+        for (size_t c = start(f); c < end; ++c, ++k) {
+            const auto [sv, suv] = corner(c);
+            int &v = t.newVertex[sv - t.vertexBase];
+            if (v == 0) {
+                t.vertexSource.push_back(sv);
+                v = int(t.vertexSource.size());
+            }
+            // A UV index past the map only occurs in a UV-less mesh (index 0 with an empty map).
+            int uv = 1;
+            if (size_t(suv) < t.nuv) {
+                int &nt = t.newUV[suv - t.uvBase];
+                if (nt == 0) {
+                    t.uvSource.push_back(suv);
+                    nt = int(t.uvSource.size());
+                }
+                uv = nt;
+            }
+            cv[k] = Out(v - 1);
+            cuv[k] = Out(uv - 1);
+        }
+        faceStart.set(i + 1, int(k));
+    }
+}
+
 } // namespace
 
 OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name, std::vector<int> *materialIndices) const {
@@ -166,8 +212,33 @@ OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name, std::vector<int
     mesh->m_faceMaterial.resizeFor(nf, largestMaterial);
 
     const size_t nv = size_t(getNumVertices()), nuv = size_t(m_uvs.getNumValues());
-    ZeroedInts scratch(nv + nuv);
-    int *newVertex = scratch.data(), *newUV = scratch.data() + nv;
+    // The renumbering tables span only the indices the group uses: a body part's are a small run of
+    // the whole mesh's, so a cut does not touch a table as long as the whole mesh for each part.
+    int vLow = INT_MAX, vHigh = -1, uvLow = INT_MAX, uvHigh = -1;
+    const auto widen = [&](int sv, int suv) {
+        vLow = std::min(vLow, sv);
+        vHigh = std::max(vHigh, sv);
+        if (size_t(suv) < nuv) {
+            uvLow = std::min(uvLow, suv);
+            uvHigh = std::max(uvHigh, suv);
+        }
+    };
+    const int *starts = m_faceStart.wideData(), *verts = m_cornerVerts.wideData(),
+              *uvs = m_cornerUVs.wideData();
+    const bool direct = starts && verts && uvs;
+    for (size_t i = 0; i < nf; ++i) {
+        const size_t f = size_t(getFaceGroupFace(g, int(i)));
+        if (direct)
+            for (int c = starts[f]; c < starts[f + 1]; ++c)
+                widen(verts[c], uvs[c]);
+        else
+            for (size_t c = size_t(m_faceStart[f]), end = size_t(m_faceStart[f + 1]); c < end; ++c)
+                widen(m_cornerVerts[c], m_cornerUVs[c]);
+    }
+    const size_t vSpan = size_t(std::max(vHigh - vLow + 1, 0)),
+                 uvSpan = size_t(std::max(uvHigh - uvLow + 1, 0));
+    ZeroedInts scratch(vSpan + uvSpan);
+    int *newVertex = scratch.data(), *newUV = scratch.data() + vSpan;
     OvPodArray<int> vertexSource, uvSource;
     vertexSource.reserve(std::min(corners, nv));
     uvSource.reserve(std::min(corners, nuv));
@@ -185,44 +256,24 @@ OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name, std::vector<int
         cv32 = mesh->m_cornerVerts.resizeWide(corners);
         cuv32 = mesh->m_cornerUVs.resizeWide(corners);
     }
-    // A mesh read from a file has 32-bit tables: its corners are read straight from them.
-    const int *starts = m_faceStart.wideData(), *verts = m_cornerVerts.wideData(),
-              *uvs = m_cornerUVs.wideData();
-    const bool direct = starts && verts && uvs;
-    size_t k = 0;
+    CutTables t{newVertex, newUV, vLow, uvLow, nuv, vertexSource, uvSource};
+    const auto faceOf = [this, g](size_t i) { return size_t(getFaceGroupFace(g, int(i))); };
+    if (direct) { // a mesh read from a file: its 32-bit tables are read straight
+        const auto corner = [verts, uvs](size_t c) { return std::pair<int, int>(verts[c], uvs[c]); };
+        const auto start = [starts](size_t f) { return size_t(starts[f]); };
+        narrow ? cutCorners(nf, faceOf, start, corner, t, cv16, cuv16, mesh->m_faceStart)
+               : cutCorners(nf, faceOf, start, corner, t, cv32, cuv32, mesh->m_faceStart);
+    } else {
+        const auto corner = [this](size_t c) {
+            return std::pair<int, int>(m_cornerVerts[c], m_cornerUVs[c]);
+        };
+        const auto start = [this](size_t f) { return size_t(m_faceStart[f]); };
+        narrow ? cutCorners(nf, faceOf, start, corner, t, cv16, cuv16, mesh->m_faceStart)
+               : cutCorners(nf, faceOf, start, corner, t, cv32, cuv32, mesh->m_faceStart);
+    }
     int lastMaterial = -1, lastPosition = 0;
     for (size_t i = 0; i < nf; ++i) {
-        const size_t f = size_t(getFaceGroupFace(g, int(i)));
-        const size_t first = size_t(direct ? starts[f] : m_faceStart[f]);
-        const size_t end = size_t(direct ? starts[f + 1] : m_faceStart[f + 1]);
-        for (size_t corner = first; corner < end; ++corner, ++k) {
-            const int sv = direct ? verts[corner] : m_cornerVerts[corner];
-            const int suv = direct ? uvs[corner] : m_cornerUVs[corner];
-            int &v = newVertex[sv];
-            if (v == 0) {
-                vertexSource.push_back(sv);
-                v = int(vertexSource.size());
-            }
-            // A UV index past the map only occurs in a UV-less mesh (index 0 with an empty map).
-            int t = 1;
-            if (size_t(suv) < nuv) {
-                int &nt = newUV[suv];
-                if (nt == 0) {
-                    uvSource.push_back(suv);
-                    nt = int(uvSource.size());
-                }
-                t = nt;
-            }
-            if (narrow) {
-                cv16[k] = uint16_t(v - 1);
-                cuv16[k] = uint16_t(t - 1);
-            } else {
-                cv32[k] = v - 1;
-                cuv32[k] = t - 1;
-            }
-        }
-        mesh->m_faceStart.set(i + 1, int(k));
-        int m = getFaceMaterial(int(f));
+        int m = getFaceMaterial(int(faceOf(i)));
         if (materialIndices) {
             if (m != lastMaterial) {
                 lastMaterial = m;
