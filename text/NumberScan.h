@@ -12,6 +12,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace text {
 
@@ -114,10 +117,46 @@ inline const char *scanToken(const char *s, float &value, int32_t &divisions) {
     return end ? s + (end - padded) : nullptr;
 }
 
+#if defined(__SSE2__)
+// Corners of plain digits and slashes ("12", "12/7", "12/7/3", "12//3") that end within sixteen
+// characters, classified all at once: one mask of digits and slashes shows where the corner and
+// each of its numbers end. Reads the sixteen characters from p; null for any other corner, which the
+// byte-wise scan then reads. Returns the blank after the corner.
+OV_SCAN_INLINE const char *scanDigitCorner(const char *p, int &vertex, bool &hasTex, int &texIndex) {
+    const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
+    const __m128i d = _mm_sub_epi8(x, _mm_set1_epi8('0'));
+    const unsigned digits = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_min_epu8(d, _mm_set1_epi8(9)), d)));
+    const unsigned slashes = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(x, _mm_set1_epi8('/'))));
+    const int end = __builtin_ctz(~(digits | slashes)); // bit 16 and up are never set
+    if (end == 16 || !isBlank(p[end]))
+        return nullptr;
+    const unsigned endBit = 1u << end, inside = slashes & (endBit - 1);
+    const int a = __builtin_ctz(inside | endBit); // the vertex's digits
+    if (a == 0 || a > 7)
+        return nullptr;
+    vertex = int(swar::digitsValue(swar::load8(p, p + 15), a));
+    if (a == end || p[a + 1] == '/') { // "12", or "12//" and whatever digits and slashes follow
+        hasTex = false;
+        return p + end;
+    }
+    const int b = __builtin_ctz((inside & ~((2u << a) - 1)) | endBit) - a - 1; // the texture's digits
+    if (b == 0 || b > 7)
+        return nullptr;
+    texIndex = int(swar::digitsValue(swar::load8(p + a + 1, p + 15), b)) - 1;
+    hasTex = true;
+    return p + end; // what follows the texture index is not read
+}
+#endif
+
 // readCorner (Numbers.h) of the corner at p, with the same results and the same null for other
-// forms; returns where reading stopped.
+// forms; returns where reading stopped (the corner's rest, "/n" or "//n", may follow).
 OV_SCAN_INLINE const char *scanCorner(const char *p, const char *last, int &vertex, bool &hasTex,
                                       int &texIndex) {
+#if defined(__SSE2__)
+    if (last - p >= 15)
+        if (const char *end = scanDigitCorner(p, vertex, hasTex, texIndex))
+            return end;
+#endif
     const char *const corner = p;
     bool longNumber = false;
     auto number = [&](int &out) {
