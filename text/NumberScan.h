@@ -134,15 +134,28 @@ OV_SCAN_INLINE const char *scanDigitCorner(const char *p, int &vertex, bool &has
     const int a = __builtin_ctz(inside | endBit); // the vertex's digits
     if (a == 0 || a > 7)
         return nullptr;
-    vertex = int(swar::digitsValue(swar::load8(p, p + 15), a));
     if (a == end || p[a + 1] == '/') { // "12", or "12//" and whatever digits and slashes follow
+        vertex = int(swar::digitsValue(swar::load8(p, p + 15), a));
         hasTex = false;
         return p + end;
     }
     const int b = __builtin_ctz((inside & ~((2u << a) - 1)) | endBit) - a - 1; // the texture's digits
     if (b == 0 || b > 7)
         return nullptr;
-    texIndex = int(swar::digitsValue(swar::load8(p + a + 1, p + 15), b)) - 1;
+    // Both numbers at once, one in each half: their digits last in it, zeros before them.
+    const __m128i both =
+        _mm_and_si128(_mm_set_epi64x(int64_t(swar::load8(p + a + 1, p + 15) << (8 * (8 - b))),
+                                     int64_t(swar::load8(p, p + 15) << (8 * (8 - a)))),
+                      _mm_set1_epi8(0x0F));
+    // Pairs of digits (a x 10 + b), pairs of pairs, then the two halves of each number.
+    const __m128i pairs =
+        _mm_add_epi16(_mm_mullo_epi16(_mm_and_si128(both, _mm_set1_epi16(0xFF)), _mm_set1_epi16(10)),
+                      _mm_srli_epi16(both, 8));
+    const __m128i quads = _mm_madd_epi16(pairs, _mm_set1_epi32(1 << 16 | 100));
+    const __m128i values =
+        _mm_add_epi64(_mm_mul_epu32(quads, _mm_set1_epi64x(10000)), _mm_srli_epi64(quads, 32));
+    vertex = _mm_cvtsi128_si32(values);
+    texIndex = _mm_cvtsi128_si32(_mm_unpackhi_epi64(values, values)) - 1;
     hasTex = true;
     return p + end; // what follows the texture index is not read
 }
