@@ -147,7 +147,7 @@ OV_SCAN_INLINE const char *scanDigitCorner(const char *p, int &vertex, bool &has
         _mm_and_si128(_mm_set_epi64x(int64_t(swar::load8(p + a + 1, p + 15) << (8 * (8 - b))),
                                      int64_t(swar::load8(p, p + 15) << (8 * (8 - a)))),
                       _mm_set1_epi8(0x0F));
-    // Pairs of digits (a x 10 + b), pairs of pairs, then the two halves of each number.
+    // Pairs of digits (first x 10 + second), pairs of pairs, then the two halves of each number.
     const __m128i pairs =
         _mm_add_epi16(_mm_mullo_epi16(_mm_and_si128(both, _mm_set1_epi16(0xFF)), _mm_set1_epi16(10)),
                       _mm_srli_epi16(both, 8));
