@@ -9,6 +9,7 @@
 
 #include <cstring>
 #include <text/NumberScan.h>
+#include <text/ShortScan.h>
 
 namespace obj {
 
@@ -97,15 +98,16 @@ const char *ObjLines::fastLineAt(const char *p, const char *last) {
     return m_options.includeVT ? fastRow(p + 2, last, m_texCoords) : lineEnd(p + 2, last);
 }
 
-// A row of Width plain numbers; the general path reads lines with fewer or other numbers (and
-// reports them). Numbers after them are not read on either path.
+// A row of Width plain numbers, the usual short ones ("-0.004512") in one eight-byte step; the
+// general path reads lines with fewer or other numbers (and reports them). Numbers after them are not read on
+// either path.
 template <int Width>
 const char *ObjLines::fastRow(const char *p, const char *last, PendingRows<Width> &rows) {
     float *values = rows.values + rows.rows * Width;
     int32_t *divisions = rows.divisions + rows.rows * Width;
     for (int i = 0; i < Width; ++i) {
         p = skipLineBlanks(p);
-        if (*p == '\n' || !(p = text::scanPlainFloat(p, last, values[i], divisions[i])))
+        if (*p == '\n' || !(p = text::scanShortFloat(p, last, values[i], divisions[i])))
             return nullptr;
     }
     if (++rows.rows == rows.kRows)

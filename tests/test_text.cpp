@@ -120,8 +120,17 @@ TEST(Numbers, FaceCorners) {
         bool lineHasTex = false;
         const bool inLine =
             text::scanCorner(line.c_str() + 8, line.c_str() + line.size(), lineVertex, lineHasTex, lineTex);
+        // And within a longer line, where sixteen characters are classified at once: the reader
+        // passes what follows up to the next blank, so the corner's end is where both stop.
+        const std::string longLine = line + std::string(16, ' ');
+        int midVertex = -7, midTex = -7;
+        bool midHasTex = false;
+        const char *mid =
+            text::scanCorner(longLine.c_str() + 8, &longLine.back(), midVertex, midHasTex, midTex);
+        while (mid && !text::isBlank(*mid))
+            ++mid;
         if (!text::readCorner(t.c_str(), vertex, hasTex, tex)) {
-            EXPECT_FALSE(inLine) << t;
+            EXPECT_FALSE(inLine || mid) << t;
             continue; // the reader then uses the general functions themselves
         }
         ++taken;
@@ -129,6 +138,9 @@ TEST(Numbers, FaceCorners) {
         ASSERT_EQ(hasTex, text::faceTexIndex(t.c_str(), generalTex)) << t;
         EXPECT_EQ(tex, hasTex ? generalTex : -7) << t;
         EXPECT_TRUE(inLine && lineVertex == vertex && lineHasTex == hasTex && lineTex == tex) << t;
+        EXPECT_TRUE(mid == longLine.c_str() + line.size() && midVertex == vertex && midHasTex == hasTex &&
+                    midTex == tex)
+            << t;
     }
     EXPECT_GT(taken, 1000); // the usual forms do take the short way
 }

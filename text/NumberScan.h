@@ -12,6 +12,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace text {
 
@@ -114,10 +117,59 @@ inline const char *scanToken(const char *s, float &value, int32_t &divisions) {
     return end ? s + (end - padded) : nullptr;
 }
 
+#if defined(__SSE2__)
+// Corners of plain digits and slashes ("12", "12/7", "12/7/3", "12//3") that end within sixteen
+// characters, classified all at once: one mask of digits and slashes shows where the corner and
+// each of its numbers end. Reads the sixteen characters from p; null for any other corner, which the
+// byte-wise scan then reads. Returns the blank after the corner.
+OV_SCAN_INLINE const char *scanDigitCorner(const char *p, int &vertex, bool &hasTex, int &texIndex) {
+    const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
+    const __m128i d = _mm_sub_epi8(x, _mm_set1_epi8('0'));
+    const unsigned digits = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_min_epu8(d, _mm_set1_epi8(9)), d)));
+    const unsigned slashes = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(x, _mm_set1_epi8('/'))));
+    const int end = __builtin_ctz(~(digits | slashes)); // bit 16 and up are never set
+    if (end == 16 || !isBlank(p[end]))
+        return nullptr;
+    const unsigned endBit = 1u << end, inside = slashes & (endBit - 1);
+    const int a = __builtin_ctz(inside | endBit); // the vertex's digits
+    if (a == 0 || a > 7)
+        return nullptr;
+    if (a == end || p[a + 1] == '/') { // "12", or "12//" and whatever digits and slashes follow
+        vertex = int(swar::digitsValue(swar::load8(p, p + 15), a));
+        hasTex = false;
+        return p + end;
+    }
+    const int b = __builtin_ctz((inside & ~((2u << a) - 1)) | endBit) - a - 1; // the texture's digits
+    if (b == 0 || b > 7)
+        return nullptr;
+    // Both numbers at once, one in each half: their digits last in it, zeros before them.
+    const __m128i both =
+        _mm_and_si128(_mm_set_epi64x(int64_t(swar::load8(p + a + 1, p + 15) << (8 * (8 - b))),
+                                     int64_t(swar::load8(p, p + 15) << (8 * (8 - a)))),
+                      _mm_set1_epi8(0x0F));
+    // Pairs of digits (first x 10 + second), pairs of pairs, then the two halves of each number.
+    const __m128i pairs =
+        _mm_add_epi16(_mm_mullo_epi16(_mm_and_si128(both, _mm_set1_epi16(0xFF)), _mm_set1_epi16(10)),
+                      _mm_srli_epi16(both, 8));
+    const __m128i quads = _mm_madd_epi16(pairs, _mm_set1_epi32(1 << 16 | 100));
+    const __m128i values =
+        _mm_add_epi64(_mm_mul_epu32(quads, _mm_set1_epi64x(10000)), _mm_srli_epi64(quads, 32));
+    vertex = _mm_cvtsi128_si32(values);
+    texIndex = _mm_cvtsi128_si32(_mm_unpackhi_epi64(values, values)) - 1;
+    hasTex = true;
+    return p + end; // what follows the texture index is not read
+}
+#endif
+
 // readCorner (Numbers.h) of the corner at p, with the same results and the same null for other
-// forms; returns where reading stopped.
+// forms; returns where reading stopped (the corner's rest, "/n" or "//n", may follow).
 OV_SCAN_INLINE const char *scanCorner(const char *p, const char *last, int &vertex, bool &hasTex,
                                       int &texIndex) {
+#if defined(__SSE2__)
+    if (last - p >= 15)
+        if (const char *end = scanDigitCorner(p, vertex, hasTex, texIndex))
+            return end;
+#endif
     const char *const corner = p;
     bool longNumber = false;
     auto number = [&](int &out) {
