@@ -121,11 +121,13 @@ TEST_P(FastLines, GiveWhatTheTokenizedLinesGive) {
 }
 
 TEST_P(FastLines, AShortDeltaLineStopsTheRead) {
-    const QByteArray text = prop("d 0 1 1 1\nd 1 0.1 0.2\nd 2 1 1 1\n", "", "");
+    // The lines before it share one precision, so their numbers are finished alike.
+    const QByteArray text =
+        prop("d 0 0.125 -0.500 0.001\nd 1 0.250 0.375 -0.999\nd 2 0.1 0.2\nd 3 1 1 1\n", "", "");
     const QString got = readWith(GetParam(), "a.pz3", text);
     EXPECT_EQ(got, readWith({false, 0}, "b.pz3", text));
-    EXPECT_TRUE(got.contains("Insufficient delta values supplied on line 24")) << got.toStdString();
-    EXPECT_EQ(deltasOf(scene()->getNode(0))->getNumDeltas(), 1);
+    EXPECT_TRUE(got.contains("Insufficient delta values supplied on line 25")) << got.toStdString();
+    EXPECT_EQ(deltasOf(scene()->getNode(0))->getNumDeltas(), 2);
 }
 
 INSTANTIATE_TEST_SUITE_P(Readers, FastLines,
@@ -153,6 +155,19 @@ TEST(ShortScan, AgreesWithTheGeneralScannersOnAnyText) {
             const char *want = text::scanPlainFloat(p, last, plain, plainDivisions);
             const char *got = text::scanShortFloat(p, last, fast, fastDivisions);
             ASSERT_EQ(got, want) << "\"" << token << "\"";
+            // With slack past the line, digits there change nothing.
+            const std::string slack = line + std::string(1, '\0') + "9999999";
+            const char *sp = slack.c_str() + 8, *slast = slack.c_str() + line.size();
+            float slackValue = 0;
+            int32_t slackDivisions = 0;
+            const char *slackEnd = text::scanShortFloat<true>(sp, slast, slackValue, slackDivisions);
+            ASSERT_EQ(slackEnd ? slackEnd - sp : -1, got ? got - p : -1) << "\"" << token << "\"";
+            if (got) {
+                ASSERT_EQ(floatBits(slackValue), floatBits(fast)) << "\"" << token << "\"";
+                ASSERT_EQ(slackDivisions, fastDivisions) << "\"" << token << "\"";
+            }
+            int slackInt = -1;
+            const char *slackIntEnd = text::scanShortInt<true>(sp, slast, slackInt);
             if (want) {
                 ASSERT_EQ(floatBits(fast), floatBits(plain)) << "\"" << token << "\"";
                 ASSERT_EQ(fastDivisions, plainDivisions) << "\"" << token << "\"";
@@ -164,10 +179,13 @@ TEST(ShortScan, AgreesWithTheGeneralScannersOnAnyText) {
             int value = -1;
             const char *end = text::scanShortInt(p, last, value);
             ASSERT_EQ(end, isInt ? q + digits : nullptr) << "\"" << token << "\"";
+            ASSERT_EQ(slackIntEnd ? slackIntEnd - sp : -1, end ? end - p : -1) << "\"" << token << "\"";
             if (isInt) {
                 ASSERT_EQ(value, std::atoi(p)) << "\"" << token << "\"";
+                ASSERT_EQ(slackInt, value) << "\"" << token << "\"";
             }
             const char *skipped = text::skipBlanks(line.c_str(), last);
+            ASSERT_EQ(text::skipBlanks<true>(slack.c_str(), slast) - slack.c_str(), skipped - line.c_str());
             const char *blank = line.c_str();
             while (blank < last && text::isBlank(*blank))
                 ++blank;
