@@ -121,13 +121,15 @@ TEST_P(FastLines, GiveWhatTheTokenizedLinesGive) {
 }
 
 TEST_P(FastLines, AShortDeltaLineStopsTheRead) {
-    // The lines before it share one precision, so their numbers are finished alike.
-    const QByteArray text =
-        prop("d 0 0.125 -0.500 0.001\nd 1 0.250 0.375 -0.999\nd 2 0.1 0.2\nd 3 1 1 1\n", "", "");
+    // Before it, a batch of lines of one precision, a line of the general path that ends it, and a
+    // batch of mixed precisions: both ways of finishing a batch's numbers.
+    const QByteArray text = prop("d 0 0.125 -0.500 0.001\nd 1 0.250 0.375 -0.999\nd 2 1e0 1 1\n"
+                                 "d 3 0.125 -0.5 0.001\nd 4 0.25 0.375 -0.999\nd 5 0.1 0.2\nd 6 1 1 1\n",
+                                 "", "");
     const QString got = readWith(GetParam(), "a.pz3", text);
     EXPECT_EQ(got, readWith({false, 0}, "b.pz3", text));
-    EXPECT_TRUE(got.contains("Insufficient delta values supplied on line 25")) << got.toStdString();
-    EXPECT_EQ(deltasOf(scene()->getNode(0))->getNumDeltas(), 2);
+    EXPECT_TRUE(got.contains("Insufficient delta values supplied on line 28")) << got.toStdString();
+    EXPECT_EQ(deltasOf(scene()->getNode(0))->getNumDeltas(), 5);
 }
 
 INSTANTIATE_TEST_SUITE_P(Readers, FastLines,
@@ -141,6 +143,8 @@ INSTANTIATE_TEST_SUITE_P(Readers, FastLines,
 // Random text of the characters numbers are made of, and some others, placed at the end of a line
 // and before a blank: the short scanners take what the general ones take, with the same results.
 TEST(ShortScan, AgreesWithTheGeneralScannersOnAnyText) {
+    for (int c = 0; c < 256; ++c)
+        ASSERT_EQ(text::swar::blank(char(c)), text::isBlank(char(c))) << c;
     std::mt19937 rng(7);
     const char alphabet[] = "0123456789000000000.-+ \tx\x7f\xff";
     for (int n = 0; n < 300000; ++n) {

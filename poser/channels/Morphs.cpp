@@ -191,16 +191,14 @@ void OvPZ3Importer::flushDeltas() {
         return;
     float v[3 * Pz3PendingDeltas::Size];
     const int count = 3 * batch.count;
-    int32_t differ = 0; // numbers written with one precision take one loop without bookkeeping
-    for (int i = 1; i < count; ++i)
-        differ |= batch.divisions[i] ^ batch.divisions[0];
-    if (differ == 0)
-        text::finishAlike(batch.values, batch.divisions[0], count, v);
-    else
+    if (text::sameDivisions(batch.divisions, count)) { // one precision: one loop, no bookkeeping
+        text::finishAlike(batch.values, batch.divisions[0], count, POSER_UNIT_CM, v);
+    } else {
         text::finishFloats(batch.values, batch.divisions, count, v);
-    if (m_curMorph) {
         for (int i = 0; i < count; ++i)
             v[i] *= POSER_UNIT_CM;
+    }
+    if (m_curMorph) {
         OvMorphDeltas *deltas = m_curMorph->morph->getDeltas();
         // Room for the count the file gives, up to a bound a false count cannot make costly.
         if (deltas->getNumDeltas() == 0 && m_curMorph->expectedDeltas > batch.count)
@@ -242,10 +240,10 @@ bool OvPZ3Importer::readDeltaLine(char *begin, char *end) {
         return false;
     *end = '\0'; // the blank the scanners stop at
     const char *p = text::skipBlanks<true>(begin, end);
-    if (end - p < 9 || p[0] != 'd' || !text::isBlank(p[1]))
+    if (end - p < 9 || p[0] != 'd' || !text::swar::blank(p[1]))
         return false;
     p += 2;
-    if (text::isBlank(*p))
+    if (text::swar::blank(*p))
         p = text::skipBlanks<true>(p, end);
     int vertex = 0;
     if (!(p = text::scanShortInt<true>(p, end, vertex)))
@@ -254,7 +252,7 @@ bool OvPZ3Importer::readDeltaLine(char *begin, char *end) {
     float *values = batch.values + 3 * batch.count;
     int32_t *divisions = batch.divisions + 3 * batch.count;
     for (int i = 0; i < 3; ++i) {
-        if (*p == ' ' && !text::isBlank(p[1])) // mostly one blank between the numbers
+        if (*p == ' ' && !text::swar::blank(p[1])) // mostly one blank between the numbers
             ++p;
         else
             p = text::skipBlanks<true>(p, end);
