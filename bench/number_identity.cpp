@@ -3,7 +3,8 @@
 // ways: from a line of three numbers as the OBJ reader's fast path reads "v" lines (scanPlainFloat
 // in place, then finishFloats on a batch of 16 lines; the general grammar where the scan declines),
 // by parsePoserFloats on tokens, and by parsePoserFloat alone. The line scan also checks that the
-// Poser readers' short scan (scanShortFloat) gives the plain scan's digits and divisions.
+// Poser readers' short scan (scanShortFloat) gives the plain scan's digits and divisions, and that
+// their finish of numbers of one precision (finishAlike) gives finishFloats' bits.
 //
 //   number_identity [COUNT]     COUNT defaults to 100000000
 //
@@ -182,6 +183,13 @@ int main(int argc, char **argv) {
             const float single = parsePoserFloat(tokens[i]);
             if (floatBits(single) != floatBits(want))
                 report("parsePoserFloat", texts[i], single, want);
+            // The delta reader's finish of numbers of one precision, four lanes at once and alone.
+            const float lanes[5] = {values[i], values[i], values[i], values[i], values[i]};
+            float alike[5];
+            text::finishAlike(lanes, divisions[i], 5, 1.0f, alike);
+            for (const float a : alike)
+                if (floatBits(a) != floatBits(want))
+                    report("finishAlike", texts[i], a, want);
         }
         tally[shape].compared += kBatch;
     }
@@ -192,9 +200,10 @@ int main(int argc, char **argv) {
                     tally[s].plain);
         compared += tally[s].compared;
     }
-    std::printf("%lld numbers compared three ways (batched, per line, one by one) with the step-by-step "
-                "reference in %.1f s: %lld mismatches\n",
-                compared, seconds, mismatches);
+    std::printf(
+        "%lld numbers compared four ways (batched, per line, one by one, alike) with the step-by-step "
+        "reference in %.1f s: %lld mismatches\n",
+        compared, seconds, mismatches);
     std::printf("short scan against the plain scan: %lld mismatches\n", g_shortMismatches);
     return mismatches || g_shortMismatches ? 1 : 0;
 }

@@ -112,11 +112,12 @@ bool OvTextInputFile::open() {
         m_fd = fd;
     }
     m_cap = m_chunk + 1;
-    m_buf = static_cast<char *>(std::malloc(m_cap));
+    m_buf = static_cast<char *>(std::malloc(m_cap + ReadSlack));
     if (!m_buf) {
         close();
         throw QString("Out of Memory");
     }
+    std::memset(m_buf + m_cap, 0, ReadSlack);
     m_begin = m_end = 0;
     m_eof = m_skipping = false;
     m_eol = '\n';
@@ -250,11 +251,12 @@ bool OvTextInputFile::fillMore() {
     }
     if (m_end + 1 >= m_cap) {
         size_t cap = (m_cap - 1) * 2 + 1;
-        char *p = static_cast<char *>(std::realloc(m_buf, cap));
+        char *p = static_cast<char *>(std::realloc(m_buf, cap + ReadSlack));
         if (!p)
             throw QString("Out of Memory");
         m_buf = p;
         m_cap = cap;
+        std::memset(m_buf + m_cap, 0, ReadSlack);
     }
     size_t room = m_cap - 1 - m_end;
     if (room > m_chunk)

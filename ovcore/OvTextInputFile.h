@@ -17,6 +17,9 @@ public:
     // A longer line keeps its first MaxLineLength bytes; the rest of it is skipped.
     static constexpr size_t MaxLineLength = size_t(1) << 24;
     static constexpr size_t DefaultChunkSize = size_t(1) << 18;
+    // Zero bytes kept readable past the buffer's end, so that line scanners may read eight
+    // characters from any position of a line without a bound check.
+    static constexpr size_t ReadSlack = 8;
 
     // A compressed stream is stopped once its text grows past `maxExpansion` times the compressed
     // bytes read (checked from `ratioFloor` bytes of text on: small files of one repeated line are

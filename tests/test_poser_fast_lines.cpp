@@ -121,11 +121,15 @@ TEST_P(FastLines, GiveWhatTheTokenizedLinesGive) {
 }
 
 TEST_P(FastLines, AShortDeltaLineStopsTheRead) {
-    const QByteArray text = prop("d 0 1 1 1\nd 1 0.1 0.2\nd 2 1 1 1\n", "", "");
+    // Before it, a batch of lines of one precision, a line of the general path that ends it, and a
+    // batch of mixed precisions: both ways of finishing a batch's numbers.
+    const QByteArray text = prop("d 0 0.125 -0.500 0.001\nd 1 0.250 0.375 -0.999\nd 2 1e0 1 1\n"
+                                 "d 3 0.125 -0.5 0.001\nd 4 0.25 0.375 -0.999\nd 5 0.1 0.2\nd 6 1 1 1\n",
+                                 "", "");
     const QString got = readWith(GetParam(), "a.pz3", text);
     EXPECT_EQ(got, readWith({false, 0}, "b.pz3", text));
-    EXPECT_TRUE(got.contains("Insufficient delta values supplied on line 24")) << got.toStdString();
-    EXPECT_EQ(deltasOf(scene()->getNode(0))->getNumDeltas(), 1);
+    EXPECT_TRUE(got.contains("Insufficient delta values supplied on line 28")) << got.toStdString();
+    EXPECT_EQ(deltasOf(scene()->getNode(0))->getNumDeltas(), 5);
 }
 
 INSTANTIATE_TEST_SUITE_P(Readers, FastLines,
@@ -139,6 +143,8 @@ INSTANTIATE_TEST_SUITE_P(Readers, FastLines,
 // Random text of the characters numbers are made of, and some others, placed at the end of a line
 // and before a blank: the short scanners take what the general ones take, with the same results.
 TEST(ShortScan, AgreesWithTheGeneralScannersOnAnyText) {
+    for (int c = 0; c < 256; ++c)
+        ASSERT_EQ(text::swar::blank(char(c)), text::isBlank(char(c))) << c;
     std::mt19937 rng(7);
     const char alphabet[] = "0123456789000000000.-+ \tx\x7f\xff";
     for (int n = 0; n < 300000; ++n) {
@@ -153,6 +159,19 @@ TEST(ShortScan, AgreesWithTheGeneralScannersOnAnyText) {
             const char *want = text::scanPlainFloat(p, last, plain, plainDivisions);
             const char *got = text::scanShortFloat(p, last, fast, fastDivisions);
             ASSERT_EQ(got, want) << "\"" << token << "\"";
+            // With slack past the line, digits there change nothing.
+            const std::string slack = line + std::string(1, '\0') + "9999999";
+            const char *sp = slack.c_str() + 8, *slast = slack.c_str() + line.size();
+            float slackValue = 0;
+            int32_t slackDivisions = 0;
+            const char *slackEnd = text::scanShortFloat<true>(sp, slast, slackValue, slackDivisions);
+            ASSERT_EQ(slackEnd ? slackEnd - sp : -1, got ? got - p : -1) << "\"" << token << "\"";
+            if (got) {
+                ASSERT_EQ(floatBits(slackValue), floatBits(fast)) << "\"" << token << "\"";
+                ASSERT_EQ(slackDivisions, fastDivisions) << "\"" << token << "\"";
+            }
+            int slackInt = -1;
+            const char *slackIntEnd = text::scanShortInt<true>(sp, slast, slackInt);
             if (want) {
                 ASSERT_EQ(floatBits(fast), floatBits(plain)) << "\"" << token << "\"";
                 ASSERT_EQ(fastDivisions, plainDivisions) << "\"" << token << "\"";
@@ -164,10 +183,13 @@ TEST(ShortScan, AgreesWithTheGeneralScannersOnAnyText) {
             int value = -1;
             const char *end = text::scanShortInt(p, last, value);
             ASSERT_EQ(end, isInt ? q + digits : nullptr) << "\"" << token << "\"";
+            ASSERT_EQ(slackIntEnd ? slackIntEnd - sp : -1, end ? end - p : -1) << "\"" << token << "\"";
             if (isInt) {
                 ASSERT_EQ(value, std::atoi(p)) << "\"" << token << "\"";
+                ASSERT_EQ(slackInt, value) << "\"" << token << "\"";
             }
             const char *skipped = text::skipBlanks(line.c_str(), last);
+            ASSERT_EQ(text::skipBlanks<true>(slack.c_str(), slast) - slack.c_str(), skipped - line.c_str());
             const char *blank = line.c_str();
             while (blank < last && text::isBlank(*blank))
                 ++blank;

@@ -3,9 +3,14 @@
 // eight characters, with the results of NumberScan.h's scanners, which read every other form.
 //
 // The same conditions as NumberScan.h: the line [begin, last) has a blank at `last` and its last
-// eight bytes up to `last` can be read; nothing past `last` is read.
+// eight bytes up to `last` can be read; nothing past `last` is read. With `kSlack` the caller also
+// promises seven readable bytes past `last` (the line reader's slack), and loads skip their bound.
 
 #include "NumberScan.h"
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace text {
 
@@ -23,25 +28,48 @@ OV_SCAN_INLINE int indentRun(uint64_t x) {
     return other ? __builtin_ctzll(other) >> 3 : 8;
 }
 
+// The eight characters from p; past `last` they are whatever follows when the caller has slack.
+template <bool kSlack> OV_SCAN_INLINE uint64_t loadAt(const char *p, const char *last) {
+    if (!kSlack)
+        return load8(p, last);
+    uint64_t x;
+    std::memcpy(&x, p, 8);
+    return x;
+}
+
+// isBlank by a table: one load instead of three comparisons, for the checks of every number.
+struct BlankTable {
+    bool is[256];
+    constexpr BlankTable() : is() {
+        for (int c = 0; c < 256; ++c)
+            is[c] = c == ' ' || (c >= 9 && c <= 13) || c == 0;
+    }
+};
+inline constexpr BlankTable kBlanks{};
+OV_SCAN_INLINE bool blank(char c) {
+    return kBlanks.is[static_cast<unsigned char>(c)];
+}
+
 } // namespace swar
 
 // The first character at or after p that is no blank, or `last`. Indentation of tabs and spaces is
 // passed eight characters at a time.
-OV_SCAN_INLINE const char *skipBlanks(const char *p, const char *last) {
+template <bool kSlack = false> OV_SCAN_INLINE const char *skipBlanks(const char *p, const char *last) {
     for (int run = 8; run == 8 && p < last; p += run)
-        run = swar::indentRun(swar::load8(p, last));
+        run = swar::indentRun(swar::loadAt<kSlack>(p, last));
     if (p > last)
         p = last;
-    while (p < last && isBlank(*p))
+    while (p < last && swar::blank(*p))
         ++p;
     return p;
 }
 
 // An optional minus and one to nine digits ending at a blank, as an int; null for any other text.
+template <bool kSlack = false>
 OV_SCAN_INLINE const char *scanShortInt(const char *p, const char *last, int &value) {
     const bool negative = *p == '-';
     p += negative;
-    const uint64_t x = swar::load8(p, last);
+    const uint64_t x = swar::loadAt<kSlack>(p, last);
     const int run = swar::digitRun(x);
     int v = 0;
     if (run < 8) {
@@ -55,7 +83,7 @@ OV_SCAN_INLINE const char *scanShortInt(const char *p, const char *last, int &va
         if (digitOf(*p) < 10)
             v = v * 10 + int(digitOf(*p++));
     }
-    if (!isBlank(*p))
+    if (!swar::blank(*p))
         return nullptr;
     value = negative ? -v : v;
     return p;
@@ -63,11 +91,12 @@ OV_SCAN_INLINE const char *scanShortInt(const char *p, const char *last, int &va
 
 // scanPlainFloat with the same results, quicker for numbers of up to seven digits that fit in eight
 // characters after the sign, with or without a dot; it hands any other number to scanPlainFloat.
+template <bool kSlack = false>
 OV_SCAN_INLINE const char *scanShortFloat(const char *p, const char *last, float &value, int32_t &divisions) {
     const char *const start = p;
     const bool negative = *p == '-';
     p += negative | (*p == '+');
-    const uint64_t x = swar::load8(p, last);
+    const uint64_t x = swar::loadAt<kSlack>(p, last);
     // Bytes that are no digit: exact up to and including the first one, and past it when that one is
     // a dot (only bytes from 0xFA up carry into the next).
     const uint64_t high = 0xF0F0F0F0F0F0F0F0u, three = 0x3030303030303030u;
@@ -83,7 +112,7 @@ OV_SCAN_INLINE const char *scanShortFloat(const char *p, const char *last, float
         length = other ? __builtin_ctzll(other) >> 3 : 8;
         run = length - 1;
     }
-    if (run == 0 || run == 8 || !isBlank(p[length]))
+    if (run == 0 || run == 8 || !swar::blank(p[length]))
         return scanPlainFloat(start, last, value, divisions);
     // Seven digits stay below 2^24, where every step of the grammar's accumulation is exact.
     const float v = float(swar::digitsValue(digits, run));
@@ -93,6 +122,45 @@ OV_SCAN_INLINE const char *scanShortFloat(const char *p, const char *last, float
     std::memcpy(&value, &bits, sizeof value);
     divisions = int32_t(run - whole);
     return p + length;
+}
+
+// True when the `count` (at least one) numbers all take the same number of divisions.
+inline bool sameDivisions(const int32_t *divisions, int count) {
+    int i = 0;
+    int32_t differ = 0;
+#if defined(__SSE2__)
+    const __m128i first = _mm_set1_epi32(divisions[0]);
+    __m128i any = _mm_setzero_si128();
+    for (; i + 4 <= count; i += 4)
+        any = _mm_or_si128(
+            any, _mm_xor_si128(first, _mm_loadu_si128(reinterpret_cast<const __m128i *>(divisions + i))));
+    differ = _mm_movemask_epi8(_mm_cmpeq_epi32(any, _mm_setzero_si128())) ^ 0xFFFF;
+#endif
+    for (; i < count; ++i)
+        differ |= divisions[i] ^ divisions[0];
+    return differ == 0;
+}
+
+// finishFloats, then times `scale`, for numbers that all take `divisions` divisions, as a run of
+// delta lines written with one precision does: four at a time, with no per-number bookkeeping. The
+// same divisions in the same order, so the same bits.
+inline void finishAlike(const float *values, int32_t divisions, int count, float scale, float *out) {
+    int i = 0;
+#if defined(__SSE2__)
+    const __m128 ten = _mm_set1_ps(10.0f), times = _mm_set1_ps(scale);
+    for (; i + 4 <= count; i += 4) {
+        __m128 v = _mm_loadu_ps(values + i);
+        for (int32_t k = 0; k < divisions; ++k)
+            v = _mm_div_ps(v, ten);
+        _mm_storeu_ps(out + i, _mm_mul_ps(v, times));
+    }
+#endif
+    for (; i < count; ++i) {
+        float v = values[i];
+        for (int32_t k = 0; k < divisions; ++k)
+            v = v / 10.0f;
+        out[i] = v * scale;
+    }
 }
 
 } // namespace text

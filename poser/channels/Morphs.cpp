@@ -190,10 +190,15 @@ void OvPZ3Importer::flushDeltas() {
     if (batch.count == 0)
         return;
     float v[3 * Pz3PendingDeltas::Size];
-    text::finishFloats(batch.values, batch.divisions, 3 * batch.count, v);
-    if (m_curMorph) {
-        for (int i = 0; i < 3 * batch.count; ++i)
+    const int count = 3 * batch.count;
+    if (text::sameDivisions(batch.divisions, count)) { // one precision: one loop, no bookkeeping
+        text::finishAlike(batch.values, batch.divisions[0], count, POSER_UNIT_CM, v);
+    } else {
+        text::finishFloats(batch.values, batch.divisions, count, v);
+        for (int i = 0; i < count; ++i)
             v[i] *= POSER_UNIT_CM;
+    }
+    if (m_curMorph) {
         OvMorphDeltas *deltas = m_curMorph->morph->getDeltas();
         // Room for the count the file gives, up to a bound a false count cannot make costly.
         if (deltas->getNumDeltas() == 0 && m_curMorph->expectedDeltas > batch.count)
@@ -226,31 +231,32 @@ bool OvPZ3Importer::parseDeltaLine(char **argv, int argc) {
 }
 
 // Deltas are most of a figure's bytes: the usual "d 12 0.001 0 -0.002" is read straight from the
-// line reader's buffer into a batch, with the same numbers the general path gives. Words after the
-// numbers are not read on either path; a line long enough to hold more words than the tokenizer
-// keeps is left to it, which reports the cut.
+// line reader's buffer into a batch, with the same numbers the general path gives. The buffer's
+// slack lets every eight-character load skip its bound check. Words after the numbers are not read
+// on either path; a line long enough to hold more words than the tokenizer keeps is left to it,
+// which reports the cut.
 bool OvPZ3Importer::readDeltaLine(char *begin, char *end) {
     if (!m_curMorph || end - begin + 1 < text::kMinScanBytes || end - begin > 2 * OvTextInputFile::MaxTokens)
         return false;
     *end = '\0'; // the blank the scanners stop at
-    const char *p = text::skipBlanks(begin, end);
-    if (end - p < 9 || p[0] != 'd' || !text::isBlank(p[1]))
+    const char *p = text::skipBlanks<true>(begin, end);
+    if (end - p < 9 || p[0] != 'd' || !text::swar::blank(p[1]))
         return false;
     p += 2;
-    if (text::isBlank(*p))
-        p = text::skipBlanks(p, end);
+    if (text::swar::blank(*p))
+        p = text::skipBlanks<true>(p, end);
     int vertex = 0;
-    if (!(p = text::scanShortInt(p, end, vertex)))
+    if (!(p = text::scanShortInt<true>(p, end, vertex)))
         return false;
     Pz3PendingDeltas &batch = m_pendingDeltas;
     float *values = batch.values + 3 * batch.count;
     int32_t *divisions = batch.divisions + 3 * batch.count;
     for (int i = 0; i < 3; ++i) {
-        if (*p == ' ' && !text::isBlank(p[1])) // mostly one blank between the numbers
+        if (*p == ' ' && !text::swar::blank(p[1])) // mostly one blank between the numbers
             ++p;
         else
-            p = text::skipBlanks(p, end);
-        if (p == end || !(p = text::scanShortFloat(p, end, values[i], divisions[i])))
+            p = text::skipBlanks<true>(p, end);
+        if (p == end || !(p = text::scanShortFloat<true>(p, end, values[i], divisions[i])))
             return false;
     }
     if ((vertex >= 0 && (m_deltaVertexLimit < 0 || vertex < m_deltaVertexLimit)) || deltaVertexOk(vertex)) {
