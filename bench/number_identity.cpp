@@ -3,8 +3,7 @@
 // ways: from a line of three numbers as the OBJ reader's fast path reads "v" lines (scanPlainFloat
 // in place, then finishFloats on a batch of 16 lines; the general grammar where the scan declines),
 // by parsePoserFloats on tokens, and by parsePoserFloat alone. The line scan also checks that the
-// Poser readers' short scan (scanShortFloat) gives the plain scan's digits and divisions, and that
-// their finish of numbers of one precision (finishAlike) gives finishFloats' bits.
+// Poser readers' short scan (scanShortFloat) gives the plain scan's digits and divisions.
 //
 //   number_identity [COUNT]     COUNT defaults to 100000000
 //
@@ -183,13 +182,6 @@ int main(int argc, char **argv) {
             const float single = parsePoserFloat(tokens[i]);
             if (floatBits(single) != floatBits(want))
                 report("parsePoserFloat", texts[i], single, want);
-            // The delta reader's finish of numbers of one precision, four lanes at once and alone.
-            const float lanes[5] = {values[i], values[i], values[i], values[i], values[i]};
-            float alike[5];
-            text::finishAlike(lanes, divisions[i], 5, 1.0f, alike);
-            for (const float a : alike)
-                if (floatBits(a) != floatBits(want))
-                    report("finishAlike", texts[i], a, want);
         }
         tally[shape].compared += kBatch;
     }

@@ -122,7 +122,7 @@ TEST_P(FastLines, GiveWhatTheTokenizedLinesGive) {
 
 TEST_P(FastLines, AShortDeltaLineStopsTheRead) {
     // Before it, a batch of lines of one precision, a line of the general path that ends it, and a
-    // batch of mixed precisions: both ways of finishing a batch's numbers.
+    // batch of mixed precisions.
     const QByteArray text = prop("d 0 0.125 -0.500 0.001\nd 1 0.250 0.375 -0.999\nd 2 1e0 1 1\n"
                                  "d 3 0.125 -0.5 0.001\nd 4 0.25 0.375 -0.999\nd 5 0.1 0.2\nd 6 1 1 1\n",
                                  "", "");

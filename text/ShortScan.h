@@ -8,10 +8,6 @@
 
 #include "NumberScan.h"
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
-
 namespace text {
 
 namespace swar {
@@ -122,45 +118,6 @@ OV_SCAN_INLINE const char *scanShortFloat(const char *p, const char *last, float
     std::memcpy(&value, &bits, sizeof value);
     divisions = int32_t(run - whole);
     return p + length;
-}
-
-// True when the `count` (at least one) numbers all take the same number of divisions.
-inline bool sameDivisions(const int32_t *divisions, int count) {
-    int i = 0;
-    int32_t differ = 0;
-#if defined(__SSE2__)
-    const __m128i first = _mm_set1_epi32(divisions[0]);
-    __m128i any = _mm_setzero_si128();
-    for (; i + 4 <= count; i += 4)
-        any = _mm_or_si128(
-            any, _mm_xor_si128(first, _mm_loadu_si128(reinterpret_cast<const __m128i *>(divisions + i))));
-    differ = _mm_movemask_epi8(_mm_cmpeq_epi32(any, _mm_setzero_si128())) ^ 0xFFFF;
-#endif
-    for (; i < count; ++i)
-        differ |= divisions[i] ^ divisions[0];
-    return differ == 0;
-}
-
-// finishFloats, then times `scale`, for numbers that all take `divisions` divisions, as a run of
-// delta lines written with one precision does: four at a time, with no per-number bookkeeping. The
-// same divisions in the same order, so the same bits.
-inline void finishAlike(const float *values, int32_t divisions, int count, float scale, float *out) {
-    int i = 0;
-#if defined(__SSE2__)
-    const __m128 ten = _mm_set1_ps(10.0f), times = _mm_set1_ps(scale);
-    for (; i + 4 <= count; i += 4) {
-        __m128 v = _mm_loadu_ps(values + i);
-        for (int32_t k = 0; k < divisions; ++k)
-            v = _mm_div_ps(v, ten);
-        _mm_storeu_ps(out + i, _mm_mul_ps(v, times));
-    }
-#endif
-    for (; i < count; ++i) {
-        float v = values[i];
-        for (int32_t k = 0; k < divisions; ++k)
-            v = v / 10.0f;
-        out[i] = v * scale;
-    }
 }
 
 } // namespace text

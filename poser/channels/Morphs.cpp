@@ -191,13 +191,9 @@ void OvPZ3Importer::flushDeltas() {
         return;
     float v[3 * Pz3PendingDeltas::Size];
     const int count = 3 * batch.count;
-    if (text::sameDivisions(batch.divisions, count)) { // one precision: one loop, no bookkeeping
-        text::finishAlike(batch.values, batch.divisions[0], count, POSER_UNIT_CM, v);
-    } else {
-        text::finishFloats(batch.values, batch.divisions, count, v);
-        for (int i = 0; i < count; ++i)
-            v[i] *= POSER_UNIT_CM;
-    }
+    text::finishFloats(batch.values, batch.divisions, count, v);
+    for (int i = 0; i < count; ++i)
+        v[i] *= POSER_UNIT_CM;
     if (m_curMorph) {
         OvMorphDeltas *deltas = m_curMorph->morph->getDeltas();
         // Room for the count the file gives, up to a bound a false count cannot make costly.
