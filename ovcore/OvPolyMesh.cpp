@@ -177,6 +177,50 @@ void cutCorners(size_t nf, const FaceOf &faceOf, const Start &start, const Corne
     }
 }
 
+// Where a cut's renumbered corners go, and the source vertices and UVs it uses in new order.
+struct CutOutput {
+    OvIndexArray &cornerVerts;
+    OvIndexArray &cornerUVs;
+    OvIndexArray &faceStart;
+    OvPodArray<int> &vertexSource;
+    OvPodArray<int> &uvSource;
+};
+
+// Renumbers the `corners` corners of a group's `nf` faces (of a mesh with `nv` vertices and `nuv`
+// UVs) into `out`. The renumbering tables span only the indices the group uses: a body part's are a
+// small run of the whole mesh's, so a cut does not touch a table as large as the whole mesh.
+template <class FaceOf, class Start, class Corner>
+void renumberCorners(size_t nf, size_t corners, size_t nv, size_t nuv, const FaceOf &faceOf,
+                     const Start &start, const Corner &corner, CutOutput &out) {
+    int vLow = INT_MAX, vHigh = -1, uvLow = INT_MAX, uvHigh = -1;
+    for (size_t i = 0; i < nf; ++i) {
+        const size_t f = faceOf(i);
+        for (size_t c = start(f), end = start(f + 1); c < end; ++c) {
+            const auto [sv, suv] = corner(c);
+            vLow = std::min(vLow, sv);
+            vHigh = std::max(vHigh, sv);
+            if (size_t(suv) < nuv) {
+                uvLow = std::min(uvLow, suv);
+                uvHigh = std::max(uvHigh, suv);
+            }
+        }
+    }
+    const size_t vSpan = size_t(std::max(vHigh - vLow + 1, 0));
+    ZeroedInts scratch(vSpan + size_t(std::max(uvHigh - uvLow + 1, 0)));
+    out.vertexSource.reserve(std::min(corners, nv));
+    out.uvSource.reserve(std::min(corners, nuv));
+    CutTables t{scratch.data(), scratch.data() + vSpan, vLow, uvLow, nuv, out.vertexSource, out.uvSource};
+    // New indices count up from 0, so the cut's corner arrays can be narrow when it has fewer than
+    // 65536 corners or the source has fewer vertices and UVs.
+    const size_t limit = size_t(OvIndexArray::kMaxShort) + 1;
+    if (std::min(corners, nv) <= limit && std::min(corners, nuv) <= limit)
+        cutCorners(nf, faceOf, start, corner, t, out.cornerVerts.resizeNarrow(corners),
+                   out.cornerUVs.resizeNarrow(corners), out.faceStart);
+    else
+        cutCorners(nf, faceOf, start, corner, t, out.cornerVerts.resizeWide(corners),
+                   out.cornerUVs.resizeWide(corners), out.faceStart);
+}
+
 } // namespace
 
 OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name, std::vector<int> *materialIndices) const {
@@ -212,64 +256,21 @@ OvPolyMesh *OvPolyMesh::createMeshFromGroup(const QString &name, std::vector<int
     mesh->m_faceMaterial.resizeFor(nf, largestMaterial);
 
     const size_t nv = size_t(getNumVertices()), nuv = size_t(m_uvs.getNumValues());
-    // The renumbering tables span only the indices the group uses: a body part's are a small run of
-    // the whole mesh's, so a cut does not touch a table as long as the whole mesh for each part.
-    int vLow = INT_MAX, vHigh = -1, uvLow = INT_MAX, uvHigh = -1;
-    const auto widen = [&](int sv, int suv) {
-        vLow = std::min(vLow, sv);
-        vHigh = std::max(vHigh, sv);
-        if (size_t(suv) < nuv) {
-            uvLow = std::min(uvLow, suv);
-            uvHigh = std::max(uvHigh, suv);
-        }
-    };
+    OvPodArray<int> vertexSource, uvSource;
+    CutOutput out{mesh->m_cornerVerts, mesh->m_cornerUVs, mesh->m_faceStart, vertexSource, uvSource};
+    const auto faceOf = [this, g](size_t i) { return size_t(getFaceGroupFace(g, int(i))); };
     const int *starts = m_faceStart.wideData(), *verts = m_cornerVerts.wideData(),
               *uvs = m_cornerUVs.wideData();
-    const bool direct = starts && verts && uvs;
-    for (size_t i = 0; i < nf; ++i) {
-        const size_t f = size_t(getFaceGroupFace(g, int(i)));
-        if (direct)
-            for (int c = starts[f]; c < starts[f + 1]; ++c)
-                widen(verts[c], uvs[c]);
-        else
-            for (size_t c = size_t(m_faceStart[f]), end = size_t(m_faceStart[f + 1]); c < end; ++c)
-                widen(m_cornerVerts[c], m_cornerUVs[c]);
-    }
-    const size_t vSpan = size_t(std::max(vHigh - vLow + 1, 0)),
-                 uvSpan = size_t(std::max(uvHigh - uvLow + 1, 0));
-    ZeroedInts scratch(vSpan + uvSpan);
-    int *newVertex = scratch.data(), *newUV = scratch.data() + vSpan;
-    OvPodArray<int> vertexSource, uvSource;
-    vertexSource.reserve(std::min(corners, nv));
-    uvSource.reserve(std::min(corners, nuv));
-
-    // New indices count up from 0, so the cut's corner arrays can be narrow when it has fewer than
-    // 65536 corners or the source has fewer vertices and UVs.
-    const size_t limit = size_t(OvIndexArray::kMaxShort) + 1;
-    const bool narrow = std::min(corners, nv) <= limit && std::min(corners, nuv) <= limit;
-    uint16_t *cv16 = nullptr, *cuv16 = nullptr;
-    int *cv32 = nullptr, *cuv32 = nullptr;
-    if (narrow) {
-        cv16 = mesh->m_cornerVerts.resizeNarrow(corners);
-        cuv16 = mesh->m_cornerUVs.resizeNarrow(corners);
-    } else {
-        cv32 = mesh->m_cornerVerts.resizeWide(corners);
-        cuv32 = mesh->m_cornerUVs.resizeWide(corners);
-    }
-    CutTables t{newVertex, newUV, vLow, uvLow, nuv, vertexSource, uvSource};
-    const auto faceOf = [this, g](size_t i) { return size_t(getFaceGroupFace(g, int(i))); };
-    if (direct) { // a mesh read from a file: its 32-bit tables are read straight
+    if (starts && verts && uvs) { // a mesh read from a file: its 32-bit tables are read straight
         const auto corner = [verts, uvs](size_t c) { return std::pair<int, int>(verts[c], uvs[c]); };
         const auto start = [starts](size_t f) { return size_t(starts[f]); };
-        narrow ? cutCorners(nf, faceOf, start, corner, t, cv16, cuv16, mesh->m_faceStart)
-               : cutCorners(nf, faceOf, start, corner, t, cv32, cuv32, mesh->m_faceStart);
+        renumberCorners(nf, corners, nv, nuv, faceOf, start, corner, out);
     } else {
         const auto corner = [this](size_t c) {
             return std::pair<int, int>(m_cornerVerts[c], m_cornerUVs[c]);
         };
         const auto start = [this](size_t f) { return size_t(m_faceStart[f]); };
-        narrow ? cutCorners(nf, faceOf, start, corner, t, cv16, cuv16, mesh->m_faceStart)
-               : cutCorners(nf, faceOf, start, corner, t, cv32, cuv32, mesh->m_faceStart);
+        renumberCorners(nf, corners, nv, nuv, faceOf, start, corner, out);
     }
     int lastMaterial = -1, lastPosition = 0;
     for (size_t i = 0; i < nf; ++i) {

@@ -462,7 +462,11 @@ protected:
     bool parseDeltaLine(char **argv, int argc);
     // A "d index x y z" line of plain numbers read in place; false leaves the line to parseDeltaLine.
     bool readDeltaLine(char *begin, char *end);
-    // True when the vertex lies in the current morph's mesh; else the line is reported.
+    // True when the vertex lies in the current morph's mesh (any vertex when it has none).
+    bool deltaVertexInRange(int index) const {
+        return index >= 0 && (m_deltaVertexLimit < 0 || index < m_deltaVertexLimit);
+    }
+    // deltaVertexInRange, and a report of the line when it is not.
     bool deltaVertexOk(int index);
     // Adds the batch of deltas readDeltaLine read to the current morph.
     void flushDeltas();

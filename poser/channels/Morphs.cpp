@@ -175,7 +175,7 @@ OvPz3BinMorph *OvPZ3Importer::openBinMorphFile(const QString &name) {
 // ---- deltas ----
 
 bool OvPZ3Importer::deltaVertexOk(int index) {
-    if (index >= 0 && (m_deltaVertexLimit < 0 || index < m_deltaVertexLimit))
+    if (deltaVertexInRange(index))
         return true;
     reportInfo(tr("Delta of vertex %1 dropped: %2 has %3 vertices")
                    .arg(index)
@@ -255,7 +255,7 @@ bool OvPZ3Importer::readDeltaLine(char *begin, char *end) {
         if (p == end || !(p = text::scanShortFloat<true>(p, end, values[i], divisions[i])))
             return false;
     }
-    if ((vertex >= 0 && (m_deltaVertexLimit < 0 || vertex < m_deltaVertexLimit)) || deltaVertexOk(vertex)) {
+    if (deltaVertexInRange(vertex) || deltaVertexOk(vertex)) { // the report stays out of line
         batch.index[batch.count] = vertex;
         if (++batch.count == Pz3PendingDeltas::Size)
             flushDeltas();
